@@ -1,0 +1,32 @@
+# Thin wrapper over CMake presets. `make test` is what CI runs.
+JOBS ?= $(shell nproc)
+CMAKE_FLAGS := $(if $(CI),-DFLK_WERROR=ON,)
+
+.PHONY: all bootstrap build test test-tsan bench demo clean
+
+all: build
+
+bootstrap:
+	@./scripts/bootstrap
+
+build: bootstrap
+	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/release -j$(JOBS)
+
+# Debug build with AddressSanitizer and UBSan, then every test.
+test: bootstrap
+	@cmake --preset debug $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/debug -j$(JOBS)
+	cd build/debug && ctest --output-on-failure -j$(JOBS)
+
+# The tests that exercise threads, under ThreadSanitizer.
+test-tsan: bootstrap
+	@cmake --preset tsan $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/tsan -j$(JOBS) --target flk_tsan_tests
+	cd build/tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --output-on-failure -j$(JOBS) -L tsan
+
+bench: build
+	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b" --benchmark_min_time=0.5; done; true
+
+clean:
+	rm -rf build

@@ -1,0 +1,37 @@
+#include "core/platform/FLKLog.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <vector>
+
+namespace {
+std::mutex gSinkMutex;
+std::function<void(const std::string&)> gSink;  // guarded by gSinkMutex
+}  // namespace
+
+namespace flk {
+void log(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    va_list copy;
+    va_copy(copy, args);
+    int n = std::vsnprintf(nullptr, 0, format, copy);
+    va_end(copy);
+    std::vector<char> buffer(n > 0 ? static_cast<size_t>(n) + 1 : 1);
+    std::vsnprintf(buffer.data(), buffer.size(), format, args);
+    va_end(args);
+    std::string line(buffer.data());
+    std::lock_guard lock(gSinkMutex);
+    if (gSink) {
+        gSink(line);
+    } else {
+        std::fprintf(stderr, "%s\n", line.c_str());
+    }
+}
+
+void setLogSink(std::function<void(const std::string&)> sink) {
+    std::lock_guard lock(gSinkMutex);
+    gSink = std::move(sink);
+}
+}  // namespace flk
