@@ -6,6 +6,12 @@
 function(flk_add_layer name)
   cmake_parse_arguments(ARG "" "" "DEPS;LIBS;SOURCES" ${ARGN})
   file(GLOB_RECURSE globbed CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT globbed AND NOT ARG_SOURCES)
+    # A layer still being written: keep the target so programs can name it.
+    set(empty ${CMAKE_CURRENT_BINARY_DIR}/${name}_empty.cpp)
+    file(WRITE ${empty} "")
+    list(APPEND globbed ${empty})
+  endif()
   add_library(${name} OBJECT ${globbed} ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS} ${ARG_LIBS})
