@@ -57,3 +57,13 @@ function(flk_mark_tsan name)
   set_property(TEST ${name} APPEND PROPERTY LABELS tsan)
   add_dependencies(flk_tsan_tests ${name})
 endfunction()
+
+# Test and benchmark folders are split into one *.cmake file per area so that
+# people working on different areas never edit the same build file.
+function(flk_include_parts dir)
+  file(GLOB parts CONFIGURE_DEPENDS ${dir}/*.cmake)
+  list(SORT parts)
+  foreach(part IN LISTS parts)
+    include(${part})
+  endforeach()
+endfunction()
