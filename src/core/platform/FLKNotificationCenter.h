@@ -19,9 +19,13 @@ struct FLKNotification {
 
 // Observers by name with an optional sender filter. Observers are called
 // synchronously on the posting thread, in the order they were added.
-// Observing and posting may happen on any thread.
+// Observing and posting may happen on any thread; an observer may remove
+// itself or others from inside its callback, and one removed before its turn
+// in a post is not called.
 class FLKNotificationCenter {
 public:
+    FLKNotificationCenter();
+
     using Observer = std::function<void(const FLKNotification&)>;
     using Token = uint64_t;
 
@@ -35,7 +39,7 @@ public:
 private:
     struct Entry;
     struct State;
-    std::shared_ptr<State> state_ = nullptr;
+    std::shared_ptr<State> state_;  // set once at construction
     State& state();
 };
 

@@ -1,12 +1,17 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 class FLKMainQueue;
 
 // A one-shot or repeating timer on a main queue. The block runs on the main
-// queue's thread. A timer fires until invalidated (repeating) or once.
+// queue's thread. A timer fires until invalidated (repeating) or once. A
+// repeating timer keeps its cadence: the n-th firing is due n intervals after
+// scheduling, not an interval after the last one ran; firings missed while
+// the queue was busy are skipped.
 class FLKTimer : public std::enable_shared_from_this<FLKTimer> {
 public:
     using Block = std::function<void(FLKTimer&)>;
@@ -24,11 +29,14 @@ public:
 
 private:
     void schedule();
+    void scheduleNext();
     void fire();
 
-    double interval_;
-    bool repeats_;
-    Block block_;
-    std::shared_ptr<FLKMainQueue> queue_;
-    bool valid_ = true;  // main thread only
+    double interval_;                       // immutable
+    bool repeats_;                          // immutable
+    Block block_;                           // main thread only
+    std::shared_ptr<FLKMainQueue> queue_;   // immutable
+    std::atomic<bool> valid_ = true;        // any thread
+    double start_ = 0;                      // main thread only, after schedule()
+    uint64_t firings_ = 0;                  // main thread only
 };
