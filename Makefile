@@ -23,7 +23,7 @@ test: bootstrap
 test-tsan: bootstrap
 	@cmake --preset tsan $(CMAKE_FLAGS) >/dev/null
 	cmake --build build/tsan -j$(JOBS) --target flk_tsan_tests
-	cd build/tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --output-on-failure -j$(JOBS) -L tsan
+	cd build/tsan && LP_NUM_THREADS=0 TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --output-on-failure -j$(JOBS) -L tsan
 
 bench: build
 	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b" --benchmark_min_time=0.5; done; true

@@ -1,0 +1,41 @@
+#include "core/gpu/FLKTextureBuffer.h"
+
+#include <algorithm>
+#include <cmath>
+
+void FLKTextureBuffer::addTexture(std::shared_ptr<FLKTexture> texture) {
+    if (size_ == 0) return;
+    ++currentIndex_;
+    if (currentIndex_ >= static_cast<long>(size_)) currentIndex_ = 0;
+    if (ring_.size() < size_) {
+        ring_.insert(ring_.begin() + std::min<long>(currentIndex_, static_cast<long>(ring_.size())), std::move(texture));
+    } else {
+        ring_[static_cast<size_t>(currentIndex_)] = std::move(texture);
+    }
+}
+
+std::shared_ptr<FLKTexture> FLKTextureBuffer::currentTexture() const {
+    if (currentIndex_ < 0 || currentIndex_ >= static_cast<long>(ring_.size())) return nullptr;
+    return ring_[static_cast<size_t>(currentIndex_)];
+}
+
+void FLKTextureBuffer::clear() {
+    ring_.clear();
+    currentIndex_ = -1;
+}
+
+std::shared_ptr<FLKTexture> FLKTextureBuffer::textureAtTime(double time, double margin) const {
+    for (const auto& texture : ring_) {
+        if (texture && std::fabs(texture->sampleTimeStamp() - time) <= margin) return texture;
+    }
+    return nullptr;
+}
+
+double FLKTextureBuffer::lastTextureTime() const {
+    return ring_.empty() || !ring_.back() ? 0.0 : ring_.back()->sampleTimeStamp();
+}
+
+std::pair<double, double> FLKTextureBuffer::timeRange() const {
+    if (ring_.empty() || !ring_.front() || !ring_.back()) return {0.0, 0.0};
+    return {ring_.front()->sampleTimeStamp(), ring_.back()->sampleTimeStamp()};
+}

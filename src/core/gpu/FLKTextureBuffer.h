@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "core/gpu/FLKTexture.h"
+
+// A ring of the last `size` frames. Not locked: its owner uses it from one
+// thread at a time.
+class FLKTextureBuffer {
+public:
+    FLKTextureBuffer() : FLKTextureBuffer(5) {}
+    explicit FLKTextureBuffer(unsigned size) : size_(size) {}
+
+    unsigned size() const { return size_; }
+    long currentIndex() const { return currentIndex_; }
+    const std::vector<std::shared_ptr<FLKTexture>>& ring() const { return ring_; }
+
+    void addTexture(std::shared_ptr<FLKTexture> texture);
+    std::shared_ptr<FLKTexture> currentTexture() const;
+    void clear();
+    // First in ring order whose time stamp is within `margin` of `time`.
+    std::shared_ptr<FLKTexture> textureAtTime(double time, double margin) const;
+    double lastTextureTime() const;
+    // (first, last) time stamps in ring order; (0, 0) when empty.
+    std::pair<double, double> timeRange() const;
+
+private:
+    unsigned size_;
+    long currentIndex_ = -1;
+    std::vector<std::shared_ptr<FLKTexture>> ring_;
+};
