@@ -19,7 +19,9 @@ std::filesystem::path siblingTemporaryURL(const std::filesystem::path& target) {
     static thread_local std::mt19937_64 rng{std::random_device{}()};
     char suffix[17];
     std::snprintf(suffix, sizeof suffix, "%016llx", static_cast<unsigned long long>(rng()));
-    return target.parent_path() / ("." + target.filename().string() + "." + suffix + ".tmp");
+    std::string name = ".";
+    name.append(target.filename().string()).append(".").append(suffix).append(".tmp");
+    return target.parent_path() / name;
 }
 
 bool writeFileAtomically(const std::filesystem::path& url, std::string_view data, FLKError* error) {
