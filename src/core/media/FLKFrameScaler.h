@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+
+#include "core/media/FLKMediaSupport.h"
+
+struct SwsContext;
+
+// Converts and resizes frames with swscale, keeping one context for as long
+// as the source and destination stay the same. The colour range of the
+// source is kept, so YUV output carries the source's range and matrix tags.
+class FLKFrameScaler {
+public:
+    FLKFrameScaler(int outputWidth, int outputHeight, AVPixelFormat outputFormat, int flags);
+    ~FLKFrameScaler();
+    FLKFrameScaler(const FLKFrameScaler&) = delete;
+    FLKFrameScaler& operator=(const FLKFrameScaler&) = delete;
+
+    // A new frame, or null when the conversion is not possible.
+    flk::media::Frame scale(const AVFrame* source);
+    void setOutputSize(int width, int height);
+
+private:
+    int outputWidth_;
+    int outputHeight_;
+    AVPixelFormat outputFormat_;
+    int flags_;
+    SwsContext* context_ = nullptr;
+    std::array<int, 6> configuredDetails_{};  // sizes, formats and colour settings context_ was set up for
+};

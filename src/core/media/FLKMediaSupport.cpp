@@ -1,0 +1,86 @@
+#include "core/media/FLKMediaSupport.h"
+
+#include <cmath>
+#include <cstring>
+
+extern "C" {
+#include <libavutil/display.h>
+#include <libavutil/error.h>
+}
+
+namespace flk::media {
+
+std::string avErrorText(int code) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return text;
+}
+
+FLKError makeError(long code, std::string description, std::string reason) {
+    return FLKError::make(kErrorDomain, code, std::move(description), std::move(reason));
+}
+
+void OutputCloser::operator()(AVFormatContext* context) const {
+    if (!context) return;
+    if (context->pb && !(context->oformat->flags & AVFMT_NOFILE)) avio_closep(&context->pb);
+    avformat_free_context(context);
+}
+
+InputContext openInput(const std::string& path, std::string* reason) {
+    AVFormatContext* raw = nullptr;
+    int status = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
+    if (status < 0) {
+        *reason = "Cannot open \"" + path + "\": " + avErrorText(status) + ".";
+        return nullptr;
+    }
+    InputContext input(raw);
+    status = avformat_find_stream_info(input.get(), nullptr);
+    if (status < 0) {
+        *reason = "Cannot read the streams of \"" + path + "\": " + avErrorText(status) + ".";
+        return nullptr;
+    }
+    return input;
+}
+
+OutputContext openOutput(const std::string& path, std::string* reason) {
+    AVFormatContext* raw = nullptr;
+    int status = avformat_alloc_output_context2(&raw, nullptr, "mp4", path.c_str());
+    if (status < 0 || !raw) {
+        *reason = "Cannot create an MP4 writer for \"" + path + "\": " + avErrorText(status) + ".";
+        return nullptr;
+    }
+    OutputContext output(raw);
+    status = avio_open(&output->pb, path.c_str(), AVIO_FLAG_WRITE);
+    if (status < 0) {
+        *reason = "Cannot create \"" + path + "\": " + avErrorText(status) + ".";
+        return nullptr;
+    }
+    return output;
+}
+
+int rotationOfStream(const AVStream* stream) {
+    size_t size = 0;
+    const uint8_t* matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    if (!matrix || size < 9 * sizeof(int32_t)) return 0;
+    double angle = av_display_rotation_get(reinterpret_cast<const int32_t*>(matrix));
+    if (std::isnan(angle)) return 0;
+    // The matrix angle is counter-clockwise; report clockwise quarter turns.
+    int degrees = static_cast<int>(std::lround(-angle / 90.0)) * 90;
+    return ((degrees % 360) + 360) % 360;
+}
+
+bool setRotationOfStream(AVStream* stream, int degrees) {
+    if (degrees % 360 == 0) return true;
+    auto* matrix = reinterpret_cast<int32_t*>(
+        av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(int32_t)));
+    if (!matrix) return false;
+    av_display_rotation_set(matrix, static_cast<double>(degrees));  // reads back as -degrees
+    return true;
+}
+
+double secondsOf(int64_t timestamp, AVRational timeBase, int64_t origin) {
+    if (origin != AV_NOPTS_VALUE) timestamp -= origin;
+    return static_cast<double>(timestamp) * av_q2d(timeBase);
+}
+
+}  // namespace flk::media

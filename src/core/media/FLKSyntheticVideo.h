@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "core/platform/FLKError.h"
+#include "core/platform/FLKPixelBuffer.h"
+
+// Generated test media. Each video frame shows its frame number as a row of
+// black/white blocks across the top (most significant bit first) that
+// survives compression and scaling, so a reader's output can be checked
+// frame by frame; the rest of the picture is a moving gradient.
+class FLKSyntheticVideo {
+public:
+    static constexpr int kCodeBits = 16;
+
+    struct Options {
+        int width = 320;
+        int height = 240;
+        int fps = 30;
+        int frameCount = 30;
+        std::string preset = "ultrafast";
+        std::string pixelFormat = "yuv420p";
+        int rotationDegrees = 0;
+        // Adds an AAC sine tone as long as the video.
+        bool withTone = false;
+    };
+
+    static bool writeVideo(const std::string& path, const Options& options, FLKError* error = nullptr);
+    // An audio-only file (AAC in MP4) with a sine tone.
+    static bool writeTone(const std::string& path, double seconds, double frequency = 440.0,
+                          FLKError* error = nullptr);
+
+    static FLKPixelBuffer frameWithNumber(int width, int height, uint32_t number);
+    // Reads the number back from a luma plane (any size: the code spans the
+    // width). nullopt when the blocks are not clean black and white.
+    static std::optional<uint32_t> numberInLuma(const uint8_t* luma, int stride, int width, int height);
+};

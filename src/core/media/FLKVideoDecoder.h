@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+
+#include "core/media/FLKMediaSupport.h"
+
+// Software decoding of a file's first video stream, multi-threaded, frames in
+// presentation order with their times in seconds of the stream's media time
+// (the stream's first timestamp is 0). One thread at a time.
+class FLKVideoDecoder {
+public:
+    // Null with `reason` set when the file or its video cannot be opened.
+    static std::unique_ptr<FLKVideoDecoder> open(const std::string& path, std::string* reason);
+
+    // Positions decoding so that the frame shown at `seconds` comes out first
+    // from nextFrameAt(); earlier frames are skipped.
+    bool seekTo(double seconds);
+    // The next decoded frame at or after the sought position, owned by the
+    // decoder until the next call; null at the end of the stream or on a
+    // failure (then failed() is true).
+    AVFrame* nextFrame(double* seconds);
+
+    bool failed() const { return !failureReason_.empty(); }
+    const std::string& failureReason() const { return failureReason_; }
+    int width() const { return codec_->width; }
+    int height() const { return codec_->height; }
+    double frameDuration() const { return frameDuration_; }
+    const std::string& path() const { return path_; }
+
+private:
+    FLKVideoDecoder() = default;
+    bool seekStream(double seconds);
+    AVFrame* decodeNext(double* seconds);
+    bool sendNextPacket();
+    double timeOf(const AVFrame* frame) const;
+
+    std::string path_;
+    flk::media::InputContext input_;
+    flk::media::CodecContext codec_;
+    flk::media::Packet packet_;
+    flk::media::Frame decoded_;
+    flk::media::Frame held_;   // a frame read ahead while looking for the first one to show
+    double heldTime_ = 0;
+    bool hasHeld_ = false;
+    AVStream* stream_ = nullptr;
+    double frameDuration_ = 1.0 / 30;
+    double skipBefore_ = -1;  // frames ending at or before this are dropped
+    bool inputEnded_ = false;
+    bool decoderDrained_ = false;
+    std::string failureReason_;
+};

@@ -1,0 +1,137 @@
+#include "core/media/FLKVideoEncoder.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "core/media/FLKMediaSupport.h"
+#include "core/media/FLKVideoEncoderSession.h"
+
+namespace {
+FLKError encoderError(const std::string& path, const std::string& reason) {
+    return flk::media::makeError(flk::media::kErrorEncodeFailed, "The video \"" + path + "\" could not be written.",
+                                 reason);
+}
+}  // namespace
+
+FLKVideoEncoder::FLKVideoEncoder(std::string path, Options options)
+    : path_(std::move(path)), options_(std::move(options)) {}
+
+FLKVideoEncoder::~FLKVideoEncoder() {
+    if (!finished_) cancel();
+}
+
+bool FLKVideoEncoder::start(FLKError* error) {
+    if (started_) return session_ != nullptr;
+    started_ = true;
+    std::string reason;
+    session_ = FLKVideoEncoderSession::open(path_, options_, &reason);
+    if (!session_) {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+        flk::setError(error, encoderError(path_, reason));
+        return false;
+    }
+    if (options_.threaded) worker_ = std::thread([this] { workerLoop(); });
+    return true;
+}
+
+bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
+    if (!session_ || finished_) {
+        flk::setError(error, encoderError(path_, "The writer is not open."));
+        return false;
+    }
+    if (!options_.threaded) {
+        if (!encodeNow(frame, error)) return false;
+        ++framesAppended_;
+        return true;
+    }
+    std::unique_lock lock(queueMutex_);
+    queueChanged_.wait(lock, [&] {
+        return queue_.size() < std::max<size_t>(1, options_.queueCapacity) || !workerError_.localizedDescription.empty();
+    });
+    if (!workerError_.localizedDescription.empty()) {
+        flk::setError(error, workerError_);
+        return false;
+    }
+    queue_.push_back(frame);
+    ++framesAppended_;
+    queueChanged_.notify_all();
+    return true;
+}
+
+bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, FLKError* error) {
+    std::string reason;
+    if (session_->encode(frame, &reason)) return true;
+    flk::setError(error, encoderError(path_, reason));
+    return false;
+}
+
+void FLKVideoEncoder::workerLoop() {
+    while (true) {
+        FLKPixelBuffer frame;
+        {
+            std::unique_lock lock(queueMutex_);
+            queueChanged_.wait(lock, [&] { return !queue_.empty() || stopRequested_; });
+            if (queue_.empty()) return;  // stop requested and nothing left
+            frame = std::move(queue_.front());
+            queue_.pop_front();
+            queueChanged_.notify_all();
+        }
+        FLKError error;
+        if (!encodeNow(frame, &error)) {
+            std::lock_guard lock(queueMutex_);
+            workerError_ = error;
+            queue_.clear();
+            queueChanged_.notify_all();
+            return;
+        }
+    }
+}
+
+bool FLKVideoEncoder::stopWorker() {
+    if (!worker_.joinable()) return true;
+    {
+        std::lock_guard lock(queueMutex_);
+        stopRequested_ = true;
+    }
+    queueChanged_.notify_all();
+    worker_.join();
+    return workerError_.localizedDescription.empty();
+}
+
+bool FLKVideoEncoder::finish(FLKError* error) {
+    if (finished_) return true;
+    if (!session_) {
+        flk::setError(error, encoderError(path_, "The writer is not open."));
+        return false;
+    }
+    bool ok = stopWorker();
+    std::string reason;
+    if (ok && !session_->finish(&reason)) {
+        workerError_ = encoderError(path_, reason);
+        ok = false;
+    }
+    if (!ok) {
+        flk::setError(error, workerError_);
+        cancel();
+        return false;
+    }
+    session_.reset();
+    finished_ = true;
+    return true;
+}
+
+void FLKVideoEncoder::cancel() {
+    {
+        std::lock_guard lock(queueMutex_);
+        queue_.clear();
+    }
+    stopWorker();
+    bool hadFile = session_ != nullptr;
+    session_.reset();
+    finished_ = true;
+    if (hadFile) {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "core/platform/FLKError.h"
+#include "core/platform/FLKPixelBuffer.h"
+
+class FLKVideoEncoderSession;
+
+// Writes BGRA frames to an H.264 MP4 (libx264, High profile, yuv420p, BT.709
+// tags, limited range). Frame n is shown at n / fps.
+//
+// With `threaded` set, append() copies the frame into a bounded queue and
+// returns; a worker thread converts and encodes, so rendering and encoding
+// overlap. append() then blocks only while the queue is full. append() and
+// finish() are to be called from one thread (the producer).
+class FLKVideoEncoder {
+public:
+    struct Options {
+        int width = 0;
+        int height = 0;
+        int fps = 30;
+        std::string preset = "medium";
+        // 0 keeps the encoder's default quality.
+        int crf = 0;
+        // "yuv420p", or "yuv420p10le" for a 10-bit High 10 stream.
+        std::string pixelFormat = "yuv420p";
+        // Display rotation written as the stream's display matrix (0/90/180/270, clockwise).
+        int rotationDegrees = 0;
+        bool threaded = false;
+        size_t queueCapacity = 4;
+    };
+
+    FLKVideoEncoder(std::string path, Options options);
+    ~FLKVideoEncoder();  // an unfinished file is removed
+    FLKVideoEncoder(const FLKVideoEncoder&) = delete;
+    FLKVideoEncoder& operator=(const FLKVideoEncoder&) = delete;
+
+    // Creates the file and the encoder. False with the error set when it cannot.
+    bool start(FLKError* error = nullptr);
+    // Frames of another size than the options' are rejected with an error.
+    bool append(const FLKPixelBuffer& frame, FLKError* error = nullptr);
+    // Flushes the encoder and completes the file.
+    bool finish(FLKError* error = nullptr);
+    // Stops and removes the partial file.
+    void cancel();
+
+    // Frames handed to the encoder so far (producer's view).
+    uint64_t framesAppended() const { return framesAppended_; }
+    const std::string& path() const { return path_; }
+    const Options& options() const { return options_; }
+
+private:
+    bool encodeNow(const FLKPixelBuffer& frame, FLKError* error);
+    void workerLoop();
+    bool stopWorker();
+
+    const std::string path_;
+    const Options options_;
+    std::unique_ptr<FLKVideoEncoderSession> session_;  // producer thread, or the worker while it runs
+    uint64_t framesAppended_ = 0;                      // producer thread only
+    bool started_ = false;                             // producer thread only
+    bool finished_ = false;                            // producer thread only
+
+    std::thread worker_;
+    std::mutex queueMutex_;              // guards queue_, stopRequested_, workerError_
+    std::condition_variable queueChanged_;
+    std::deque<FLKPixelBuffer> queue_;
+    bool stopRequested_ = false;
+    FLKError workerError_;
+};

@@ -1,0 +1,146 @@
+#include "core/media/FLKVideoEncoderSession.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
+}
+
+std::unique_ptr<FLKVideoEncoderSession> FLKVideoEncoderSession::open(const std::string& path,
+                                                                     const FLKVideoEncoder::Options& options,
+                                                                     std::string* reason) {
+    if (options.width <= 0 || options.height <= 0 || options.width % 2 || options.height % 2 || options.fps <= 0) {
+        *reason = "Cannot write \"" + path + "\": the size must be positive and even and the frame rate positive (" +
+                  std::to_string(options.width) + "x" + std::to_string(options.height) + " at " +
+                  std::to_string(options.fps) + " fps).";
+        return nullptr;
+    }
+    std::unique_ptr<FLKVideoEncoderSession> session(new FLKVideoEncoderSession);
+    session->path_ = path;
+    session->output_ = flk::media::openOutput(path, reason);
+    if (!session->output_ || !session->openEncoder(options, reason)) return nullptr;
+    int status = avformat_write_header(session->output_.get(), nullptr);
+    if (status < 0) {
+        *reason = "Cannot write \"" + path + "\": " + flk::media::avErrorText(status) + ".";
+        return nullptr;
+    }
+    return session;
+}
+
+bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options, std::string* reason) {
+    const AVCodec* codec = avcodec_find_encoder_by_name("libx264");
+    AVPixelFormat format = av_get_pix_fmt(options.pixelFormat.c_str());
+    if (!codec || format == AV_PIX_FMT_NONE) {
+        *reason = !codec ? std::string("The H.264 encoder (libx264) is not available.")
+                         : "Unknown pixel format \"" + options.pixelFormat + "\".";
+        return false;
+    }
+    codec_.reset(avcodec_alloc_context3(codec));
+    stream_ = avformat_new_stream(output_.get(), nullptr);
+    packet_.reset(av_packet_alloc());
+    yuv_.reset(av_frame_alloc());
+    if (!codec_ || !stream_ || !packet_ || !yuv_) {
+        *reason = "Out of memory while setting up the H.264 encoder.";
+        return false;
+    }
+    AVCodecContext* context = codec_.get();
+    context->width = options.width;
+    context->height = options.height;
+    context->pix_fmt = format;
+    context->time_base = AVRational{1, options.fps};
+    context->framerate = AVRational{options.fps, 1};
+    context->color_primaries = AVCOL_PRI_BT709;
+    context->color_trc = AVCOL_TRC_BT709;
+    context->colorspace = AVCOL_SPC_BT709;
+    context->color_range = AVCOL_RANGE_MPEG;
+    context->thread_count = 0;
+    if (output_->oformat->flags & AVFMT_GLOBALHEADER) context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+    bool tenBit = descriptor && descriptor->comp[0].depth > 8;
+    av_opt_set(context->priv_data, "profile", tenBit ? "high10" : "high", 0);
+    av_opt_set(context->priv_data, "preset", options.preset.c_str(), 0);
+    if (options.crf > 0) av_opt_set_double(context->priv_data, "crf", options.crf, 0);
+    int status = avcodec_open2(context, codec, nullptr);
+    if (status < 0) {
+        *reason = "Cannot open the H.264 encoder for \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
+        return false;
+    }
+    avcodec_parameters_from_context(stream_->codecpar, context);
+    stream_->time_base = context->time_base;
+    stream_->avg_frame_rate = context->framerate;
+    flk::media::setRotationOfStream(stream_, options.rotationDegrees);
+
+    yuv_->width = options.width;
+    yuv_->height = options.height;
+    yuv_->format = format;
+    converter_ = sws_getContext(options.width, options.height, AV_PIX_FMT_BGRA, options.width, options.height, format,
+                                SWS_BILINEAR, nullptr, nullptr, nullptr);
+    if (av_frame_get_buffer(yuv_.get(), 0) < 0 || !converter_) {
+        *reason = "Cannot set up the colour conversion for \"" + path_ + "\".";
+        return false;
+    }
+    const int* bt709 = sws_getCoefficients(SWS_CS_ITU709);
+    sws_setColorspaceDetails(converter_, bt709, 1, bt709, 0, 0, 1 << 16, 1 << 16);
+    return true;
+}
+
+FLKVideoEncoderSession::~FLKVideoEncoderSession() { sws_freeContext(converter_); }
+
+bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, std::string* reason) {
+    if (frame.width != codec_->width || frame.height != codec_->height || frame.stride < frame.width * 4 ||
+        frame.bgra.size() < static_cast<size_t>(frame.stride) * frame.height) {
+        *reason = "A frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
+                  " cannot be written to the " + std::to_string(codec_->width) + "x" +
+                  std::to_string(codec_->height) + " video \"" + path_ + "\".";
+        return false;
+    }
+    // The encoder may still hold the previous picture as a reference.
+    if (av_frame_make_writable(yuv_.get()) < 0) {
+        *reason = "Out of memory while writing \"" + path_ + "\".";
+        return false;
+    }
+    const uint8_t* source[1] = {frame.bgra.data()};
+    const int sourceStride[1] = {frame.stride};
+    sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
+    yuv_->pts = nextPts_++;
+    yuv_->color_primaries = AVCOL_PRI_BT709;
+    yuv_->color_trc = AVCOL_TRC_BT709;
+    yuv_->colorspace = AVCOL_SPC_BT709;
+    yuv_->color_range = AVCOL_RANGE_MPEG;
+    return send(yuv_.get(), reason);
+}
+
+bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
+    int status = avcodec_send_frame(codec_.get(), frame);
+    if (status < 0) {
+        *reason = "Cannot encode \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
+        return false;
+    }
+    while ((status = avcodec_receive_packet(codec_.get(), packet_.get())) == 0) {
+        // Without a duration the MP4 gets a wrong frame rate and length.
+        packet_->duration = 1;
+        av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
+        packet_->stream_index = stream_->index;
+        status = av_interleaved_write_frame(output_.get(), packet_.get());
+        if (status < 0) {
+            *reason = "Cannot write \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
+            return false;
+        }
+    }
+    if (status != AVERROR(EAGAIN) && status != AVERROR_EOF) {
+        *reason = "Cannot encode \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
+        return false;
+    }
+    return true;
+}
+
+bool FLKVideoEncoderSession::finish(std::string* reason) {
+    if (!send(nullptr, reason)) return false;
+    int status = av_write_trailer(output_.get());
+    if (status < 0) {
+        *reason = "Cannot complete \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
+        return false;
+    }
+    output_.reset();
+    return true;
+}

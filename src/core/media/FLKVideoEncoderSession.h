@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "core/media/FLKMediaSupport.h"
+#include "core/media/FLKVideoEncoder.h"
+
+struct SwsContext;
+
+// The FFmpeg side of one MP4 being written: file, H.264 encoder and the
+// BGRA to YUV converter. Used by one thread at a time.
+class FLKVideoEncoderSession {
+public:
+    static std::unique_ptr<FLKVideoEncoderSession> open(const std::string& path,
+                                                        const FLKVideoEncoder::Options& options, std::string* reason);
+    ~FLKVideoEncoderSession();
+    FLKVideoEncoderSession(const FLKVideoEncoderSession&) = delete;
+    FLKVideoEncoderSession& operator=(const FLKVideoEncoderSession&) = delete;
+
+    bool encode(const FLKPixelBuffer& frame, std::string* reason);
+    bool finish(std::string* reason);
+
+private:
+    FLKVideoEncoderSession() = default;
+    bool openEncoder(const FLKVideoEncoder::Options& options, std::string* reason);
+    bool send(const AVFrame* frame, std::string* reason);
+
+    std::string path_;
+    flk::media::OutputContext output_;
+    flk::media::CodecContext codec_;
+    flk::media::Frame yuv_;
+    flk::media::Packet packet_;
+    AVStream* stream_ = nullptr;
+    SwsContext* converter_ = nullptr;
+    int64_t nextPts_ = 0;
+};

@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <thread>
+
+#include "FLKMediaTestSupport.h"
+#include "core/media/FLKAssetImageGenerator.h"
+#include "core/media/FLKAssetReader.h"
+
+namespace {
+
+using flk::test::syntheticVideo;
+
+// Ten seconds at 30 fps with B-frames and a single key frame, so that a read
+// starting mid-clip has to decode from far before its start.
+std::shared_ptr<FLKAsset> tenSecondAsset() {
+    FLKSyntheticVideo::Options options;
+    options.frameCount = 300;
+    options.preset = "veryfast";
+    return FLKAsset::assetWithPath(syntheticVideo("reader-ten.mp4", options));
+}
+
+struct ReadFrame {
+    double time;
+    std::optional<uint32_t> number;
+};
+
+std::vector<ReadFrame> readAll(FLKAssetReader& reader) {
+    std::vector<ReadFrame> frames;
+    if (!reader.startReading()) return frames;
+    while (auto frame = reader.copyNextSampleBuffer()) {
+        EXPECT_TRUE(frame->isNV12());
+        EXPECT_EQ(frame->width(), 720);
+        EXPECT_EQ(frame->height(), 720);
+        frames.push_back({frame->presentationTime(),
+                          FLKSyntheticVideo::numberInLuma(frame->yPlane(), frame->yStride(), 720, 720)});
+    }
+    return frames;
+}
+
+TEST(FLKAssetReader, StartsOnTheFrameShownAtTheStartAndStopsBeforeTheEnd) {
+    FLKAssetReader reader(tenSecondAsset(), 3.5, 4.5);
+    std::vector<ReadFrame> frames = readAll(reader);
+    EXPECT_EQ(reader.status(), FLKAssetReaderStatus::Completed);
+    ASSERT_EQ(frames.size(), 30u);
+    for (size_t i = 0; i < frames.size(); ++i) {
+        ASSERT_TRUE(frames[i].number.has_value()) << "frame " << i;
+        EXPECT_EQ(*frames[i].number, 105 + i);
+        EXPECT_NEAR(frames[i].time, (105.0 + i) / 30.0, 1e-3);
+        if (i) {
+            EXPECT_GT(frames[i].time, frames[i - 1].time);
+        }
+    }
+    EXPECT_LT(frames.back().time, 4.5);
+}
+
+TEST(FLKAssetReader, StartBetweenFramesGivesTheFrameOnScreen) {
+    FLKAssetReader reader(tenSecondAsset(), 2.01, 2.1);
+    std::vector<ReadFrame> frames = readAll(reader);
+    ASSERT_EQ(frames.size(), 3u);  // 60 (on screen at 2.01), 61, 62
+    EXPECT_EQ(frames[0].number, 60u);
+    EXPECT_EQ(frames[2].number, 62u);
+}
+
+TEST(FLKAssetReader, WholeClipAndTheRangesAtItsEdges) {
+    FLKAssetReader whole(tenSecondAsset(), 0, 100);
+    std::vector<ReadFrame> all = readAll(whole);
+    ASSERT_EQ(all.size(), 300u);
+    EXPECT_EQ(all.front().number, 0u);
+    EXPECT_EQ(all.back().number, 299u);
+
+    FLKAssetReader tail(tenSecondAsset(), 9.95, 12);
+    std::vector<ReadFrame> last = readAll(tail);
+    ASSERT_EQ(last.size(), 2u);
+    EXPECT_EQ(last.back().number, 299u);
+
+    FLKAssetReader past(tenSecondAsset(), 20, 25);
+    EXPECT_TRUE(readAll(past).empty());
+    EXPECT_EQ(past.status(), FLKAssetReaderStatus::Completed);
+}
+
+TEST(FLKAssetReader, CancelStopsDeliveryFromAnotherThread) {
+    FLKAssetReader reader(tenSecondAsset(), 0, 10);
+    ASSERT_TRUE(reader.startReading());
+    ASSERT_NE(reader.copyNextSampleBuffer(), nullptr);
+    std::thread([&] { reader.cancelReading(); }).join();
+    EXPECT_EQ(reader.copyNextSampleBuffer(), nullptr);
+    EXPECT_EQ(reader.status(), FLKAssetReaderStatus::Cancelled);
+}
+
+TEST(FLKAssetReader, BadInputFailsWithTheFileNamed) {
+    std::string garbage = flk::test::mediaPath("reader-garbage.mp4").string();
+    std::ofstream(garbage) << std::string(1000, '\x42');
+    FLKAssetReader reader(FLKAsset::assetWithPath(garbage), 0, 1);
+    EXPECT_FALSE(reader.startReading());
+    EXPECT_EQ(reader.status(), FLKAssetReaderStatus::Failed);
+    EXPECT_NE(reader.error().fullMessage().find(garbage), std::string::npos) << reader.error().fullMessage();
+    EXPECT_EQ(reader.copyNextSampleBuffer(), nullptr);
+
+    std::string tone = flk::test::mediaPath("reader-tone.m4a").string();
+    ASSERT_TRUE(FLKSyntheticVideo::writeTone(tone, 1.0));
+    FLKAssetReader audioOnly(FLKAsset::assetWithPath(tone), 0, 1);
+    EXPECT_FALSE(audioOnly.startReading());
+    EXPECT_NE(audioOnly.error().failureReason.find("no video"), std::string::npos) << audioOnly.error().failureReason;
+}
+
+TEST(FLKAssetReader, DamagedDataLosesFramesNotTheClip) {
+    std::ifstream source(tenSecondAsset()->path(), std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(source)), std::istreambuf_iterator<char>());
+    // The frames come first in this file and its index last: damage frames only.
+    for (size_t i = bytes.size() / 5; i < bytes.size() / 3; i += 7) bytes[i] = static_cast<char>(bytes[i] ^ 0x5a);
+    std::string damaged = flk::test::mediaPath("reader-damaged.mp4").string();
+    std::ofstream(damaged, std::ios::binary) << bytes;
+
+    FLKAssetReader reader(FLKAsset::assetWithPath(damaged), 0, 10);
+    std::vector<ReadFrame> frames = readAll(reader);
+    EXPECT_EQ(reader.status(), FLKAssetReaderStatus::Completed) << reader.error().fullMessage();
+    EXPECT_GT(frames.size(), 100u);
+    for (size_t i = 1; i < frames.size(); ++i) EXPECT_GT(frames[i].time, frames[i - 1].time);
+}
+
+TEST(FLKAssetReader, TenBitAndRotatedSourcesDecode) {
+    FLKSyntheticVideo::Options tenBit;
+    tenBit.frameCount = 20;
+    tenBit.pixelFormat = "yuv420p10le";
+    FLKAssetReader deep(FLKAsset::assetWithPath(syntheticVideo("reader-10bit.mp4", tenBit)), 0.5, 1);
+    std::vector<ReadFrame> frames = readAll(deep);
+    ASSERT_EQ(frames.size(), 5u);
+    EXPECT_EQ(frames[0].number, 15u);
+
+    FLKSyntheticVideo::Options rotated;
+    rotated.frameCount = 10;
+    rotated.rotationDegrees = 90;
+    FLKAssetReader turned(FLKAsset::assetWithPath(syntheticVideo("reader-rotated.mp4", rotated)), 0, 1);
+    frames = readAll(turned);
+    ASSERT_EQ(frames.size(), 10u);
+    EXPECT_EQ(frames[9].number, 9u);  // stored picture, rotation left to the renderer
+}
+
+TEST(FLKAssetReader, ColourTagsFollowTheSource) {
+    FLKAssetReader reader(tenSecondAsset(), 0, 0.1);
+    ASSERT_TRUE(reader.startReading());
+    auto frame = reader.copyNextSampleBuffer();
+    ASSERT_NE(frame, nullptr);
+    // Tagged BT.709 by the encoder although only 240 lines tall.
+    EXPECT_EQ(frame->colorMatrix(), FLKColorMatrix::BT709);
+    EXPECT_EQ(frame->colorRange(), FLKColorRange::Limited);
+}
+
+std::optional<uint32_t> numberInImage(const FLKImage& image) {
+    std::vector<uint8_t> green(static_cast<size_t>(image.width) * image.height);
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x) green[static_cast<size_t>(y) * image.width + x] = image.pixel(x, y)[1];
+    return FLKSyntheticVideo::numberInLuma(green.data(), image.width, image.width, image.height);
+}
+
+TEST(FLKAssetImageGenerator, PicturesAtTimesWithTheirActualTimes) {
+    FLKAssetImageGenerator generator(tenSecondAsset());
+    generator.setMaximumSize({160, 160});
+    std::vector<double> requested = {0, 1.0, 2.51, 9.99, 12};
+    std::vector<double> actual;
+    std::vector<std::optional<uint32_t>> numbers;
+    std::vector<bool> failed;
+    generator.generateImagesForTimes(requested, [&](double, const FLKImage* image, double time, const FLKError* error) {
+        failed.push_back(image == nullptr);
+        if (!image) {
+            EXPECT_NE(error, nullptr);
+            return;
+        }
+        EXPECT_EQ(image->width, 160);
+        EXPECT_EQ(image->height, 120);
+        actual.push_back(time);
+        numbers.push_back(numberInImage(*image));
+    });
+    ASSERT_EQ(failed, (std::vector<bool>{false, false, false, false, true}));
+    std::vector<uint32_t> expected = {0, 30, 75, 299};
+    for (size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(actual[i], expected[i] / 30.0, 1e-3);
+        EXPECT_EQ(numbers[i], expected[i]);
+    }
+    generator.setMaximumSize({});
+    double time = -1;
+    auto full = generator.copyImageAtTime(5.0, &time);
+    ASSERT_TRUE(full.has_value());
+    EXPECT_EQ(full->width, 320);
+    EXPECT_NEAR(time, 5.0, 1e-3);
+}
+
+}  // namespace
