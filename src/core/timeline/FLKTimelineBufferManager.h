@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+
+#include "core/timeline/FLKVideoBufferSource.h"
+
+// What a video track asks of each of its two buffer managers (one for video
+// clips, one for transitions) as clips come and go and the play head moves.
+class FLKTimelineBufferManager : public FLKVideoBufferSource {
+public:
+    virtual void createBuffersForClip(const std::shared_ptr<FLKTimelineClip>& clip) = 0;
+    virtual void removeBuffersForClip(const std::shared_ptr<FLKTimelineClip>& clip) = 0;
+    // Seconds: the length of one segment, and how early a segment is read.
+    virtual void setBufferWidth(double seconds) = 0;
+    virtual void setBufferingMarginTime(double seconds) = 0;
+};
