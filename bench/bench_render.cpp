@@ -1,0 +1,114 @@
+// Off-screen rendering and read-back of a portrait export frame: gradient
+// background, a perspective video quad (grid 128) and device artwork on top,
+// at 1080 x 1920 with 4x multisampling. Reports milliseconds per frame.
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <mutex>
+
+#include "core/render/FLKOffScreenRenderer.h"
+#include "core/scene/FLKColorGradientSprite.h"
+#include "core/scene/FLKTexturedSprite.h"
+
+namespace {
+constexpr int kWidth = 1080, kHeight = 1920;
+
+std::shared_ptr<FLKGPUTexture> videoFrameTexture() {
+    const int w = 720, h = 1280;
+    std::vector<uint8_t> pixels(size_t(w) * h * 4);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = &pixels[(size_t(y) * w + x) * 4];
+            p[0] = uint8_t(x * 255 / w);
+            p[1] = uint8_t(y * 255 / h);
+            p[2] = uint8_t(((x / 40) + (y / 40)) % 2 ? 220 : 40);
+            p[3] = 255;
+        }
+    }
+    return std::make_shared<FLKGPUTexture>(w, h, FLKPixelFormat::BGRA8, std::move(pixels));
+}
+
+// A dark bezel with a transparent screen opening, as device artwork is.
+std::shared_ptr<FLKGPUTexture> artworkTexture() {
+    const int w = 900, h = 1700;
+    std::vector<uint8_t> pixels(size_t(w) * h * 4, 0);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            bool screen = x > 60 && x < w - 60 && y > 120 && y < h - 120;
+            if (screen) continue;
+            uint8_t* p = &pixels[(size_t(y) * w + x) * 4];
+            p[0] = p[1] = p[2] = 28;
+            p[3] = 255;
+        }
+    }
+    return std::make_shared<FLKGPUTexture>(w, h, FLKPixelFormat::RGBA8, std::move(pixels));
+}
+
+std::shared_ptr<FLKScene> exportScene() {
+    auto scene = std::make_shared<FLKScene>();
+    scene->setZOrder(0);
+    scene->setMainCamera(FLKCamera::cameraWithFrame({0, 0, kWidth, kHeight}));
+    auto background = FLKColorGradientSprite::colorGradientSpriteWithColors(
+        {{0.2, 0.3, 0.9, 1}, {0.5, 0.2, 0.8, 1}, {0.9, 0.4, 0.3, 1}, {0.95, 0.8, 0.2, 1}});
+    background->setShape(FLKPlane::planeWithFrame({0, 0, kWidth, kHeight}));
+    scene->addChild(background);
+    auto video = std::make_shared<FLKTexturedSprite>(videoFrameTexture());
+    video->setShape(std::make_shared<FLKPlane>(FLKPoint{150, 230}, FLKPoint{930, 180}, FLKPoint{170, 1700},
+                                               FLKPoint{900, 1760}));
+    scene->addChild(video);
+    auto artwork = std::make_shared<FLKTexturedSprite>(artworkTexture());
+    artwork->setShape(FLKPlane::planeWithFrame({90, 110, 900, 1700}));
+    scene->addChild(artwork);
+    return scene;
+}
+
+class Timer : public FLKRenderOutput {
+public:
+    void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
+        std::lock_guard lock(mutex);
+        if (frames++ == 0) first = std::chrono::steady_clock::now();
+        last = std::chrono::steady_clock::now();
+        checksum += buffer.bgra[buffer.bgra.size() / 2];
+    }
+    std::mutex mutex;
+    int frames = 0;  // guarded by mutex
+    std::chrono::steady_clock::time_point first, last;  // guarded by mutex
+    unsigned checksum = 0;  // guarded by mutex
+};
+
+// Time between the first and the last delivered frame over the frames in
+// between: steady-state cost, without context and texture set-up.
+void BM_OffScreenExportFrame(benchmark::State& state) {
+    auto scene = exportScene();
+    const unsigned frames = 12;
+    for (auto _ : state) {
+        auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, {0, 0, kWidth, kHeight}, 30, frames);
+        if (!renderer) {
+            state.SkipWithError("no OpenGL 4.5 context");
+            return;
+        }
+        renderer->setTexturedGeometry(state.range(0) ? FLKRenderer::TexturedGeometry::projectiveQuads
+                                                     : FLKRenderer::TexturedGeometry::planeGrids);
+        renderer->setPipelinedReadBack(state.range(1) != 0);
+        auto timer = std::make_shared<Timer>();
+        renderer->setRenderOutput(timer);
+        renderer->renderAllFrames();
+        renderer->waitUntilFinished();
+        std::lock_guard lock(timer->mutex);
+        double seconds = std::chrono::duration<double>(timer->last - timer->first).count() / (timer->frames - 1);
+        state.SetIterationTime(seconds);
+        state.counters["ms_per_frame"] = seconds * 1000;
+        benchmark::DoNotOptimize(timer->checksum);
+    }
+}
+BENCHMARK(BM_OffScreenExportFrame)
+    ->ArgNames({"projectiveQuads", "pipelinedReadBack"})
+    ->Args({1, 1})
+    ->Args({1, 0})
+    ->Args({0, 0})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(2);
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,117 @@
+#include "cli/FrameCommand.h"
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <sstream>
+
+#include "cli/SceneFile.h"
+#include "core/media/FLKImageIO.h"
+#include "core/render/FLKOffScreenRenderer.h"
+
+namespace {
+// Keeps the one frame the renderer hands over.
+class SingleFrameOutput : public FLKRenderOutput {
+public:
+    void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
+        std::lock_guard lock(mutex_);
+        if (!frame_) frame_ = buffer;
+    }
+    std::optional<FLKPixelBuffer> frame() {
+        std::lock_guard lock(mutex_);
+        return frame_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::optional<FLKPixelBuffer> frame_;  // guarded by mutex_
+};
+
+// Premultiplied BGRA rows to the straight RGBA a PNG holds.
+FLKImage imageFromPixelBuffer(const FLKPixelBuffer& buffer) {
+    FLKImage image(buffer.width, buffer.height);
+    for (int y = 0; y < buffer.height; ++y) {
+        const uint8_t* row = buffer.bgra.data() + size_t(y) * buffer.stride;
+        for (int x = 0; x < buffer.width; ++x) {
+            const uint8_t* p = row + size_t(x) * 4;
+            uint8_t* out = image.pixel(x, y);
+            int alpha = p[3];
+            auto straight = [alpha](int c) { return alpha == 0 ? 0 : std::min(255, (c * 255 + alpha / 2) / alpha); };
+            out[0] = uint8_t(straight(p[2]));
+            out[1] = uint8_t(straight(p[1]));
+            out[2] = uint8_t(straight(p[0]));
+            out[3] = uint8_t(alpha);
+        }
+    }
+    return image;
+}
+
+std::optional<FLKSize> parseSize(const std::string& text) {
+    int width = 0, height = 0;
+    char separator = 0, extra = 0;
+    if (std::sscanf(text.c_str(), "%d%c%d%c", &width, &separator, &height, &extra) != 3) return std::nullopt;
+    if ((separator != 'x' && separator != 'X') || width <= 0 || height <= 0 || width > 16384 || height > 16384) {
+        return std::nullopt;
+    }
+    return FLKSize{double(width), double(height)};
+}
+
+std::optional<FLKRect> parseFrame(const std::string& text) {
+    double x, y, w, h;
+    char extra = 0;
+    if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &x, &y, &w, &h, &extra) != 4) return std::nullopt;
+    if (!std::isfinite(x) || !std::isfinite(y) || !(w > 0) || !(h > 0)) return std::nullopt;
+    return FLKRect{x, y, w, h};
+}
+
+int fail(const std::string& message) {
+    std::fprintf(stderr, "flickwell-cli: %s\n", message.c_str());
+    return 1;
+}
+}  // namespace
+
+void FrameCommand::add(CLI::App& app, int& exitCode) {
+    auto command = std::make_shared<FrameCommand>();
+    CLI::App* sub = app.add_subcommand("frame", "Render one frame of a scene file to a PNG");
+    sub->add_option("scene", command->sceneURL_, "Scene JSON file")->required();
+    sub->add_option("--out,-o", command->outputURL_, "PNG file to write")->required();
+    sub->add_option("--size", command->size_, "Output size WxH (default: the frame's size)");
+    sub->add_option("--frame", command->frame_, "Part of the scene X,Y,W,H (default: the main camera's frame)");
+    sub->callback([command, &exitCode] { exitCode = command->run(); });
+}
+
+int FrameCommand::run() const {
+    FLKError error;
+    auto scene = SceneFile::load(sceneURL_, &error);
+    if (!scene) return fail(error.fullMessage());
+
+    FLKRect renderFrame = scene->mainCamera()->frame();
+    if (!frame_.empty()) {
+        auto parsed = parseFrame(frame_);
+        if (!parsed) return fail("--frame \"" + frame_ + "\" is not X,Y,W,H with a positive width and height.");
+        renderFrame = *parsed;
+    }
+    if (!(renderFrame.size.width > 0) || !(renderFrame.size.height > 0)) {
+        return fail("the scene's camera frame in " + sceneURL_.string() + " is empty; give --frame X,Y,W,H.");
+    }
+    FLKSize outputSize{std::round(renderFrame.size.width), std::round(renderFrame.size.height)};
+    if (!size_.empty()) {
+        auto parsed = parseSize(size_);
+        if (!parsed) return fail("--size \"" + size_ + "\" is not WxH with whole numbers from 1 to 16384.");
+        outputSize = *parsed;
+    }
+
+    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, renderFrame, 30, 1, outputSize);
+    if (!renderer) return fail("OpenGL 4.5 not supported: no frame can be rendered.");
+    auto output = std::make_shared<SingleFrameOutput>();
+    renderer->setRenderOutput(output);
+    renderer->renderAllFrames();
+    renderer->waitUntilFinished();
+    auto frame = output->frame();
+    if (!frame) return fail("rendering " + sceneURL_.string() + " produced no frame.");
+
+    if (!flk::writePNG(imageFromPixelBuffer(*frame), outputURL_, &error)) return fail(error.fullMessage());
+    return 0;
+}

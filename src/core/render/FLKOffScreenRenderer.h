@@ -1,0 +1,98 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "core/platform/FLKFrameByFrameClock.h"
+#include "core/platform/FLKRect.h"
+#include "core/platform/FLKTimeUpdatable.h"
+#include "core/render/FLKPixelReadBack.h"
+#include "core/render/FLKRenderOutput.h"
+#include "core/render/FLKRenderer.h"
+
+// Renders a copy of a scene frame by frame on a render thread of its own,
+// which owns a GL context, and hands every frame to its render output as a
+// BGRA pixel buffer. A frame-by-frame clock steps a time source (the export's
+// timeline; a fixed frame count without one), and a frame is drawn whenever
+// the source took the clock's time.
+//
+// Threads: configure (render output, time source, read-back mode) before
+// renderAllFrames(); from then on everything runs on the render thread until
+// the output is told didFinishRenderingOffScreen.
+class FLKOffScreenRenderer : public FLKRenderer, public FLKRendererDataSource,
+                             public std::enable_shared_from_this<FLKOffScreenRenderer> {
+    struct Passkey {};
+
+public:
+    // `outputSize` is the size of the frames (the framebuffer texture); an
+    // empty size takes the render frame's size. Null when no GL context can be made.
+    static std::shared_ptr<FLKOffScreenRenderer> offScreenRendererWithScene(const FLKScene& scene,
+                                                                            const FLKRect& renderFrame, unsigned fps,
+                                                                            unsigned numFrames,
+                                                                            FLKSize outputSize = {});
+    // ceil(fps x duration), in single precision as exports have always counted.
+    static unsigned numFramesForDuration(double duration, unsigned fps);
+
+    FLKOffScreenRenderer(Passkey, std::shared_ptr<FLKContext> context, const FLKScene& scene,
+                         const FLKRect& renderFrame, unsigned fps, unsigned numFrames, FLKSize outputSize);
+    ~FLKOffScreenRenderer() override;
+
+    const FLKRect& renderFrame() const { return renderFrame_; }
+    unsigned fps() const { return fps_; }
+    unsigned numFrames() const { return numFrames_; }
+    FLKSize outputSize() const { return outputSize_; }
+    // The copied scene, seen through the renderer's own camera.
+    const std::shared_ptr<FLKScene>& renderedScene() const { return scene_; }
+    const std::shared_ptr<FLKFrameByFrameClock>& clock() const { return clock_; }
+
+    void setRenderOutput(std::weak_ptr<FLKRenderOutput> output) { renderOutput_ = std::move(output); }
+    // What the clock drives (the export's timeline copy); a fixed frame source by default.
+    void setTimeSource(std::shared_ptr<FLKTimeUpdatable> source);
+    // Overlapped read-back (default on): a frame reaches the output once the next one is queued.
+    void setPipelinedReadBack(bool pipelined) { pipelinedReadBack_ = pipelined; }
+
+    // Starts the run on the render thread and returns at once.
+    void renderAllFrames();
+    // Asks a running loop to stop after the current frame.
+    void cancel() { cancelled_.store(true); }
+    // Blocks until the output was told the run finished. Not from the render thread.
+    void waitUntilFinished();
+
+    // FLKRendererDataSource: its own framebuffer texture and its context's size.
+    std::shared_ptr<FLKGPUTexture> textureForRenderer(FLKRenderer&) override { return texture_; }
+    FLKSize drawableSizeForRenderer(FLKRenderer&) override { return context()->size(); }
+
+protected:
+    void finishRenderingOnCommandBuffer(FLKGPUTexture& texture) override;
+
+private:
+    void prepareForOffScreenRendering();
+    void renderLoop();
+    void finishOffScreenRendering();
+    void deliver(const FLKPixelBuffer& buffer);
+
+    const FLKRect renderFrame_;
+    const unsigned fps_;
+    const unsigned numFrames_;
+    const FLKSize outputSize_;
+    const std::shared_ptr<FLKScene> scene_;
+    const std::shared_ptr<FLKFrameByFrameClock> clock_;
+
+    // Set before renderAllFrames(), read on the render thread afterwards.
+    std::weak_ptr<FLKRenderOutput> renderOutput_;
+    std::shared_ptr<FLKTimeUpdatable> timeSource_;
+    bool pipelinedReadBack_ = true;
+
+    // Render thread only.
+    std::shared_ptr<FLKGPUTexture> texture_;
+    std::unique_ptr<FLKPixelReadBack> readBack_;
+
+    std::atomic<bool> cancelled_{false};
+    std::thread renderThread_;  // started once by renderAllFrames(), joined by the destructor
+    std::mutex finishedMutex_;
+    std::condition_variable finishedCondition_;
+    bool finished_ = false;  // guarded by finishedMutex_
+};

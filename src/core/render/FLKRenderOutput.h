@@ -1,0 +1,15 @@
+#pragma once
+
+#include "core/platform/FLKPixelBuffer.h"
+
+class FLKRenderer;
+
+// The consumer of an off-screen renderer's frames (the video and GIF
+// writers). Called on the renderer's render thread, one frame at a time in
+// order; the buffer is only valid until the call returns.
+class FLKRenderOutput {
+public:
+    virtual ~FLKRenderOutput() = default;
+    virtual void didRenderToBuffer(FLKRenderer& renderer, const FLKPixelBuffer& pixelBuffer) = 0;
+    virtual void didFinishRenderingOffScreen(FLKRenderer&) {}
+};

@@ -1,0 +1,5 @@
+if(TARGET flickwell-cli)
+  flk_add_test(test_cli LAYERS flk_media SOURCES ${CMAKE_CURRENT_LIST_DIR}/FLKFrameCommandTests.cpp)
+  target_compile_definitions(test_cli PRIVATE FLK_CLI_PATH="$<TARGET_FILE:flickwell-cli>")
+  add_dependencies(test_cli flickwell-cli)
+endif()

@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+
+#include <mutex>
+
+#include "FLKRenderTestSupport.h"
+#include "core/render/FLKOffScreenRenderer.h"
+
+namespace {
+class FrameCollector : public FLKRenderOutput {
+public:
+    void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
+        std::lock_guard lock(mutex);
+        frames.push_back(buffer);
+    }
+    void didFinishRenderingOffScreen(FLKRenderer&) override {
+        std::lock_guard lock(mutex);
+        finished = true;
+    }
+    std::mutex mutex;
+    std::vector<FLKPixelBuffer> frames;  // guarded by mutex
+    bool finished = false;               // guarded by mutex
+};
+
+std::shared_ptr<FrameCollector> renderOffScreen(const FLKScene& scene, const FLKRect& frame, unsigned numFrames,
+                                                FLKSize outputSize, bool pipelined) {
+    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(scene, frame, 30, numFrames, outputSize);
+    if (!renderer) return nullptr;
+    auto collector = std::make_shared<FrameCollector>();
+    renderer->setRenderOutput(collector);
+    renderer->setPipelinedReadBack(pipelined);
+    renderer->renderAllFrames();
+    renderer->waitUntilFinished();
+    return collector;
+}
+
+const uint8_t* bgraAt(const FLKPixelBuffer& buffer, int x, int y) {
+    return &buffer.bgra[size_t(y) * buffer.stride + size_t(x) * 4];
+}
+
+TEST(FLKOffScreenRendererTest, FrameCountsFollowDurationAndRate) {
+    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(2.5, 30), 75u);
+    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(2.5, 24), 60u);
+    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(1.01, 30), 31u);
+    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(0, 30), 0u);
+}
+
+TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    // The editor's camera looks elsewhere: the export must use the render frame.
+    auto scene = sceneWithCameraFrame({500, 500, 10, 10});
+    scene->addChild(gradientSprite({0, 0, 50, 20}, {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}}));
+    auto editorCamera = scene->mainCamera();
+
+    std::vector<FLKPixelBuffer> firstFrames;
+    for (bool pipelined : {false, true}) {
+        auto collector = renderOffScreen(*scene, {0, 0, 50, 20}, 4, {101, 37}, pipelined);
+        ASSERT_TRUE(collector);
+        std::lock_guard lock(collector->mutex);
+        EXPECT_TRUE(collector->finished);
+        ASSERT_EQ(collector->frames.size(), 4u) << "pipelined " << pipelined;
+        for (const auto& frame : collector->frames) {
+            EXPECT_EQ(frame.width, 101);
+            EXPECT_EQ(frame.height, 37);
+            EXPECT_EQ(frame.stride, 101 * 4);
+            EXPECT_EQ(frame.bgra.size(), size_t(101 * 37 * 4));
+        }
+        const FLKPixelBuffer& frame = collector->frames.front();
+        const uint8_t* topLeft = bgraAt(frame, 0, 0);  // red, in BGRA byte order
+        EXPECT_GE(topLeft[2], 220);
+        EXPECT_LE(topLeft[0], 35);
+        const uint8_t* bottomLeft = bgraAt(frame, 0, 36);  // blue
+        EXPECT_GE(bottomLeft[0], 220);
+        EXPECT_LE(bottomLeft[2], 35);
+        firstFrames.push_back(frame);
+    }
+    EXPECT_EQ(firstFrames[0].bgra, firstFrames[1].bgra);
+    EXPECT_EQ(scene->mainCamera(), editorCamera);
+}
+
+TEST(FLKOffScreenRendererTest, ZeroFramesFinishWithoutOutput) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    auto scene = sceneWithCameraFrame({0, 0, 8, 8});
+    auto collector = renderOffScreen(*scene, {0, 0, 8, 8}, 0, {}, true);
+    ASSERT_TRUE(collector);
+    std::lock_guard lock(collector->mutex);
+    EXPECT_TRUE(collector->finished);
+    EXPECT_TRUE(collector->frames.empty());
+}
+}  // namespace
