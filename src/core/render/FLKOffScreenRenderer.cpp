@@ -66,8 +66,28 @@ void FLKOffScreenRenderer::renderAllFrames() {
     renderThread_ = std::thread([this] { renderLoop(); });
 }
 
+std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWithScene(const FLKScene& scene,
+                                                                                       const FLKTimeline& timeline,
+                                                                                       const FLKRect& renderFrame,
+                                                                                       unsigned fps,
+                                                                                       FLKSize outputSize) {
+    auto renderer = offScreenRendererWithScene(scene, renderFrame, fps,
+                                               numFramesForDuration(timeline.duration(), fps), outputSize);
+    if (!renderer) return nullptr;
+    renderer->timeline_ = timeline.copyWithTimer(renderer->clock_);
+    renderer->timeline_->setName("Offscreen Master");
+    renderer->timeSource_ = renderer->timeline_;
+    return renderer;
+}
+
 void FLKOffScreenRenderer::prepareForOffScreenRendering() {
-    if (timeSource_) clock_->addUpdatable(timeSource_);
+    if (timeline_) {
+        // play() registers the timeline with the frame-by-frame clock.
+        timeline_->mapScene(scene_);
+        timeline_->play();
+    } else if (timeSource_) {
+        clock_->addUpdatable(timeSource_);
+    }
 }
 
 void FLKOffScreenRenderer::renderLoop() {

@@ -12,6 +12,7 @@
 #include "core/render/FLKPixelReadBack.h"
 #include "core/render/FLKRenderOutput.h"
 #include "core/render/FLKRenderer.h"
+#include "core/timeline/FLKTimeline.h"
 
 // Renders a copy of a scene frame by frame on a render thread of its own,
 // which owns a GL context, and hands every frame to its render output as a
@@ -33,6 +34,13 @@ public:
                                                                             const FLKRect& renderFrame, unsigned fps,
                                                                             unsigned numFrames,
                                                                             FLKSize outputSize = {});
+    // Over a copy of `timeline` named "Offscreen Master", driven by the
+    // renderer's frame-by-frame clock and mapped onto the copied scene:
+    // ceil(fps x duration) frames, frame n showing the timeline at n / fps.
+    static std::shared_ptr<FLKOffScreenRenderer> offScreenRendererWithScene(const FLKScene& scene,
+                                                                            const FLKTimeline& timeline,
+                                                                            const FLKRect& renderFrame, unsigned fps,
+                                                                            FLKSize outputSize = {});
     // ceil(fps x duration), in single precision as exports have always counted.
     static unsigned numFramesForDuration(double duration, unsigned fps);
 
@@ -47,6 +55,8 @@ public:
     // The copied scene, seen through the renderer's own camera.
     const std::shared_ptr<FLKScene>& renderedScene() const { return scene_; }
     const std::shared_ptr<FLKFrameByFrameClock>& clock() const { return clock_; }
+    // The timeline copy being played; null for a fixed frame count.
+    const std::shared_ptr<FLKTimeline>& timeline() const { return timeline_; }
 
     void setRenderOutput(std::weak_ptr<FLKRenderOutput> output) { renderOutput_ = std::move(output); }
     // What the clock drives (the export's timeline copy); a fixed frame source by default.
@@ -84,6 +94,7 @@ private:
     // Set before renderAllFrames(), read on the render thread afterwards.
     std::weak_ptr<FLKRenderOutput> renderOutput_;
     std::shared_ptr<FLKTimeUpdatable> timeSource_;
+    std::shared_ptr<FLKTimeline> timeline_;
     bool pipelinedReadBack_ = true;
 
     // Render thread only.

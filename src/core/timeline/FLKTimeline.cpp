@@ -66,6 +66,18 @@ FLKTimeline::Tracks FLKTimeline::tracks() const {
     return tracks_;
 }
 
+std::shared_ptr<FLKTimeline> FLKTimeline::copyWithTimer(std::weak_ptr<FLKUpdatableTimer> timer) const {
+    auto copy = timelineWithTimer(std::move(timer));
+    copy->setName(name_);
+    for (const auto& track : tracks()) {
+        if (!std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) continue;
+        FLKTimelineTrack::Clips clips;
+        for (const auto& clip : track->clips()) clips.push_back(clip->copy());
+        copy->createVideoTrack()->setClips(clips);
+    }
+    return copy;
+}
+
 std::shared_ptr<FLKTimelineVideoTrack> FLKTimeline::createVideoTrack() {
     auto track = std::make_shared<FLKTimelineVideoTrack>(flk::uniqueIdentifier());
     addTrack(track);

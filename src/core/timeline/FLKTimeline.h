@@ -40,6 +40,11 @@ public:
 
     FLKTimeline(Passkey, std::string identifier, std::weak_ptr<FLKUpdatableTimer> timer);
 
+    // A new timeline (fresh identifier) with copies of this one's video
+    // tracks and their clips, driven by `timer`: what an export plays so the
+    // editor's timeline is never touched.
+    std::shared_ptr<FLKTimeline> copyWithTimer(std::weak_ptr<FLKUpdatableTimer> timer) const;
+
     // Attached to the display clock.
     static std::shared_ptr<FLKTimeline> newWithDictionary(const FLKJSON& dictionary);
     FLKJSON serialized() const override;

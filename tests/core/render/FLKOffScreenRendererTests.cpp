@@ -87,3 +87,28 @@ TEST(FLKOffScreenRendererTest, ZeroFramesFinishWithoutOutput) {
     EXPECT_TRUE(collector->frames.empty());
 }
 }  // namespace
+
+TEST(FLKOffScreenRendererTest, PlaysItsOwnCopyOfTheTimeline) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    auto scene = sceneWithCameraFrame({0, 0, 50, 20});
+    auto editorClock = std::make_shared<FLKFrameByFrameClock>(30, 1);
+    auto timeline = FLKTimeline::timelineWithTimer(editorClock);
+    timeline->createVideoTrack();
+    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, *timeline, {0, 0, 50, 20}, 30);
+    ASSERT_TRUE(renderer);
+    ASSERT_TRUE(renderer->timeline());
+    EXPECT_EQ(renderer->timeline()->name(), "Offscreen Master");
+    EXPECT_EQ(timeline->name(), "Master");
+    EXPECT_NE(renderer->timeline()->identifier(), timeline->identifier());
+    EXPECT_EQ(renderer->timeline()->tracks().size(), 1u);
+    EXPECT_NE(renderer->timeline()->tracks().front(), timeline->tracks().front());
+    EXPECT_EQ(renderer->numFrames(), 0u);  // an empty timeline lasts 0 s
+    auto collector = std::make_shared<FrameCollector>();
+    renderer->setRenderOutput(collector);
+    renderer->renderAllFrames();
+    renderer->waitUntilFinished();
+    std::lock_guard lock(collector->mutex);
+    EXPECT_TRUE(collector->finished);
+    EXPECT_TRUE(collector->frames.empty());
+    EXPECT_FALSE(timeline->isPlaying());
+}
