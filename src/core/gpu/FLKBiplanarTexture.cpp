@@ -18,6 +18,7 @@ void FLKBiplanarTexture::refreshTexture() {
     auto chroma = FLKGPUTexture::uploadNow(chromaSide, chromaSide, FLKPixelFormat::RG8, frame.chroma,
                                            frame.chromaStride, chromaWidth, std::min(frame.chromaHeight(), chromaSide));
     if (!luma || !chroma) return;
+    luma->setChromaPlane(chroma);
     setTexture(std::move(luma));
     std::lock_guard lock(chromaMutex_);
     texture1_ = std::move(chroma);

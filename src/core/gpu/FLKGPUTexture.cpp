@@ -180,3 +180,13 @@ FLKImage imageWithTexture(FLKGPUTexture& texture) {
     return image;
 }
 }  // namespace flk
+
+std::shared_ptr<FLKGPUTexture> FLKGPUTexture::chromaPlane() const {
+    std::lock_guard lock(chromaMutex_);
+    return chroma_;
+}
+
+void FLKGPUTexture::setChromaPlane(std::shared_ptr<FLKGPUTexture> chroma) {
+    std::lock_guard lock(chromaMutex_);
+    chroma_ = std::move(chroma);
+}

@@ -43,6 +43,12 @@ public:
     FLKPixelFormat pixelFormat() const { return format_; }
     bool isMipmapped() const { return false; }
 
+    // The interleaved CbCr plane that belongs to this luma plane of an NV12
+    // frame: video frames travel as their luma texture, and the renderer
+    // binds this beside it for the YUV pipelines. Null for other textures.
+    std::shared_ptr<FLKGPUTexture> chromaPlane() const;
+    void setChromaPlane(std::shared_ptr<FLKGPUTexture> chroma);
+
     // The GL texture name, uploading pending pixels first; 0 when no context
     // is current or the upload failed. Render thread only.
     unsigned int name();
@@ -70,6 +76,8 @@ private:
     int pendingWidth_ = 0;            // guarded by mutex_
     int pendingHeight_ = 0;           // guarded by mutex_
     bool uploadFailed_ = false;       // guarded by mutex_
+    mutable std::mutex chromaMutex_;
+    std::shared_ptr<FLKGPUTexture> chroma_;  // guarded by chromaMutex_
 };
 
 namespace flk {

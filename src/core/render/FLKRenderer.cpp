@@ -114,6 +114,10 @@ void FLKRenderer::drawNode(const FLKObject::Ptr& node, FLKSize drawableSize) {
         if (!texture) return;
         FLKRenderPipeline::setFragmentTexture(*texture, kFLKColorTextureUnit);
         FLKRenderPipeline::setFragmentSampler(context_->samplerState(), kFLKColorTextureUnit);
+        if (auto chroma = texture->chromaPlane()) {
+            FLKRenderPipeline::setFragmentTexture(*chroma, kFLKChromaTextureUnit);
+            FLKRenderPipeline::setFragmentSampler(context_->samplerState(), kFLKChromaTextureUnit);
+        }
         if (auto mask = sprite->maskTexture()) {
             FLKRenderPipeline::setFragmentTexture(*mask, kFLKMaskTextureUnit);
             FLKRenderPipeline::setFragmentSampler(context_->samplerState(), kFLKMaskTextureUnit);

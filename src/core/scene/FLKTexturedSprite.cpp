@@ -89,7 +89,12 @@ void FLKTexturedSprite::setMaskTexture(std::shared_ptr<FLKGPUTexture> texture) {
 }
 
 std::string FLKTexturedSprite::pipelineName() const {
-    return maskTexture() ? FLKPipelineNameVertexFragmentTexturedMaskedBGRA : FLKPipelineNameVertexFragmentTexturedBGRA;
+    auto current = texture();
+    bool biplanar = current && current->chromaPlane();
+    if (maskTexture()) {
+        return biplanar ? FLKPipelineNameVertexFragmentTexturedMaskedYUV : FLKPipelineNameVertexFragmentTexturedMaskedBGRA;
+    }
+    return biplanar ? FLKPipelineNameVertexFragmentTexturedYUV : FLKPipelineNameVertexFragmentTexturedBGRA;
 }
 
 FLKObject::Ptr FLKTexturedSprite::copy() const {

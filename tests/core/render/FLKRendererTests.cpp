@@ -6,6 +6,7 @@
 #include "FLKRenderTestSupport.h"
 #include "core/platform/FLKLog.h"
 #include "core/render/FLKProjectiveQuad.h"
+#include "core/gpu/FLKBiplanarTexture.h"
 #include "core/scene/FLKTexturedSprite.h"
 
 namespace {
@@ -90,6 +91,37 @@ TEST_F(FLKRendererTest, MaskedPipelineMultipliesByTheMaskAlpha) {
     FLKImage image = target->renderScene(*renderer, scene);
     EXPECT_EQ(channelDifference(image, 5, 30, kClearRGBA), 0);
     EXPECT_EQ(channelDifference(image, 58, 30, kWhiteRGBA), 0);
+}
+
+TEST_F(FLKRendererTest, NV12FramesDrawThroughTheYUVPipelineWithTheirChromaPlane) {
+    // A flat NV12 frame, BT.709 limited range.
+    const uint8_t y = 120, cb = 100, cr = 160;
+    auto planes = std::make_shared<std::vector<uint8_t>>(16 * 16 + 16 * 8, y);
+    for (size_t i = 16 * 16; i < planes->size(); i += 2) {
+        (*planes)[i] = cb;
+        (*planes)[i + 1] = cr;
+    }
+    FLKNV12Frame frame{16, 16, planes->data(), 16, planes->data() + 16 * 16, 16, planes};
+    auto biplanar = std::make_shared<FLKBiplanarTexture>(frame, 0.0);
+    {
+        FLKContext::Scope scope(*target->context);
+        biplanar->refreshTexture();
+    }
+    auto luma = biplanar->texture();
+    ASSERT_TRUE(luma);
+    ASSERT_TRUE(luma->chromaPlane());
+    auto sprite = std::make_shared<FLKTexturedSprite>(luma);
+    sprite->setShape(FLKPlane::planeWithFrame({0, 0, 64, 64}));
+    EXPECT_EQ(sprite->pipelineName(), FLKPipelineNameVertexFragmentTexturedYUV);
+    auto scene = sceneWithCameraFrame({0, 0, 64, 64});
+    scene->addChild(sprite);
+    FLKImage image = target->renderScene(*renderer, scene);
+    auto channel = [](double v) { return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 255.0))); };
+    double luminance = 1.164383 * (y - 16);
+    const uint8_t expected[4] = {channel(luminance + 1.792741 * (cr - 128)),
+                                 channel(luminance - 0.213249 * (cb - 128) - 0.532909 * (cr - 128)),
+                                 channel(luminance + 2.112402 * (cb - 128)), 255};
+    EXPECT_LE(channelDifference(image, 32, 32, expected), 3);
 }
 
 TEST_F(FLKRendererTest, ResizingTheTargetReplacesTheMultisampleTexture) {
