@@ -1,0 +1,4 @@
+flk_add_test(test_document LAYERS flk_model LIBS PkgConfig::LIBZIP SOURCES
+  ${CMAKE_CURRENT_LIST_DIR}/FLKDocumentTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FLKDocumentSafetyTests.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FLKMasksManagerTests.cpp)
