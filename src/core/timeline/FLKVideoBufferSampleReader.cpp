@@ -1,0 +1,211 @@
+#include "core/timeline/FLKVideoBufferSampleReader.h"
+
+#include <chrono>
+
+#include "core/gpu/FLKBiplanarConverterFilter.h"
+#include "core/gpu/FLKBiplanarTexture.h"
+#include "core/gpu/FLKContext.h"
+#include "core/platform/FLKDispatchQueue.h"
+#include "core/platform/FLKLog.h"
+#include "core/timeline/FLKVideoClip.h"
+
+namespace {
+// A ring that in practice never wraps: every frame of the segment stays.
+constexpr unsigned kRingSize = 0xFFFFFFFFu;
+
+FLKNV12Frame nv12FrameWithFrame(const std::shared_ptr<FLKVideoFrame>& frame) {
+    FLKNV12Frame planes;
+    planes.width = frame->width();
+    planes.height = frame->height();
+    planes.luma = frame->yPlane();
+    planes.lumaStride = frame->yStride();
+    planes.chroma = frame->uvPlane();
+    planes.chromaStride = frame->uvStride();
+    planes.owner = frame;
+    return planes;
+}
+}  // namespace
+
+FLKVideoBufferSampleReader::FLKVideoBufferSampleReader(std::shared_ptr<FLKAsset> asset, FLKTimeRange readRange)
+    : asset_(std::move(asset)), readRange_(readRange), widthInSeconds_(readRange.end - readRange.start) {}
+
+FLKVideoBufferSampleReader::~FLKVideoBufferSampleReader() {
+    // A job still running finds the reader gone and stops at its next frame.
+    if (assetReader_) assetReader_->cancelReading();
+}
+
+bool FLKVideoBufferSampleReader::readWithFinishedBlock(FinishedBlock block) {
+    return readTo(readRange_.end, std::move(block));
+}
+
+bool FLKVideoBufferSampleReader::readTo(double target, FinishedBlock block) {
+    flk::log("try reading to %f", target);
+    std::lock_guard lock(mutex_);
+    if (isBuffering_.load()) return false;
+    isBuffering_.store(true);
+    status_.store(kReading);
+
+    auto reader = assetReaderLocked();
+    switch (reader->status()) {
+        case FLKAssetReaderStatus::Unknown: reader->startReading(); break;
+        case FLKAssetReaderStatus::Reading: break;
+        default:
+            // Nothing more can come: isBuffering stays set so later reads
+            // are refused until reset.
+            status_.store(kFinished);
+            return false;
+    }
+    // startReading may have failed: the job then ends at once with no frames.
+    std::weak_ptr<FLKVideoBufferSampleReader> weakSelf = weak_from_this();
+    auto queue = bufferingQueueLocked();
+    const uint64_t generation = generation_;
+    queue->async([weakSelf, target, block = std::move(block), reader, generation] {
+        if (auto self = weakSelf.lock()) self->performBufferingTo(target, block, reader, generation);
+    });
+    return true;
+}
+
+void FLKVideoBufferSampleReader::performBufferingTo(double target, const FinishedBlock& block,
+                                                    const std::shared_ptr<FLKAssetReader>& reader,
+                                                    uint64_t generation) {
+    flk::log("Reading to %f", target);
+    const auto started = std::chrono::steady_clock::now();
+    while (true) {
+        if (status_.load() == kCancelled) {
+            reader->cancelReading();
+            break;
+        }
+        auto frame = reader->copyNextSampleBuffer();
+        if (!frame) break;
+        const float timeStamp = static_cast<float>(frame->presentationTime());
+        addFrame(frame, generation);
+        if (!(target > timeStamp)) break;
+    }
+    {
+        std::lock_guard lock(mutex_);
+        if (generation == generation_) {
+            isBuffering_.store(false);
+            switch (reader->status()) {
+                // A segment that cannot be decoded is over too: it holds no frames.
+                case FLKAssetReaderStatus::Completed:
+                case FLKAssetReaderStatus::Failed: status_.store(kFinished); break;
+                case FLKAssetReaderStatus::Reading: status_.store(kIdle); break;
+                default: break;
+            }
+        }
+    }
+    if (block) block();
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - started;
+    flk::log("Done Reading to %f in %fs", target, elapsed.count());
+}
+
+void FLKVideoBufferSampleReader::addFrame(const std::shared_ptr<FLKVideoFrame>& frame, uint64_t generation) {
+    if (!frame->isNV12()) return;
+    if (!hasColorimetry_.load()) {
+        colorMatrix_.store(frame->colorMatrix());
+        colorRange_.store(frame->colorRange());
+        hasColorimetry_.store(true);
+    }
+    auto texture = std::make_shared<FLKBiplanarTexture>(nv12FrameWithFrame(frame),
+                                                        static_cast<float>(frame->presentationTime()));
+    std::lock_guard lock(mutex_);
+    if (generation != generation_) return;
+    if (!textureBuffer_) textureBuffer_ = std::make_shared<FLKTextureBuffer>(kRingSize);
+    textureBuffer_->addTexture(std::move(texture));
+}
+
+void FLKVideoBufferSampleReader::cancelReading() {
+    std::shared_ptr<FLKDispatchQueue> queue;
+    std::lock_guard lock(mutex_);
+    status_.store(kCancelled);
+    // The running job, if any, stops at its next frame and lets go of the queue.
+    if (assetReader_) assetReader_->cancelReading();
+    queue = std::move(bufferingQueue_);
+    bufferingQueue_.reset();
+    if (queue && isBuffering_.load()) {
+        // Released on its own worker once the job ends, so the main thread never waits for it.
+        queue->async([queue] {});
+    }
+}
+
+void FLKVideoBufferSampleReader::reset() {
+    {
+        std::lock_guard lock(mutex_);
+        if (!assetReader_ || assetReader_->status() != FLKAssetReaderStatus::Reading) {
+            ++generation_;
+            status_.store(kIdle);
+            textureBuffer_.reset();
+            assetReader_.reset();
+            bufferingQueue_.reset();
+            isBuffering_.store(false);
+            return;
+        }
+    }
+    cancelReading();
+}
+
+std::shared_ptr<FLKAssetReader> FLKVideoBufferSampleReader::assetReaderLocked() {
+    if (!assetReader_) assetReader_ = std::make_shared<FLKAssetReader>(asset_, readRange_.start, readRange_.end);
+    return assetReader_;
+}
+
+std::shared_ptr<FLKDispatchQueue> FLKVideoBufferSampleReader::bufferingQueueLocked() {
+    if (!bufferingQueue_) {
+        bufferingQueue_ = FLKDispatchQueue::make("org.flickwell.Flickwell.FLKVideoBufferSampleReader.bufferingQueue");
+    }
+    return bufferingQueue_;
+}
+
+std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureAtMediaTime(double mediaTime) const {
+    const double margin = 1.0 / static_cast<double>(FLKContext::fps());
+    std::lock_guard lock(mutex_);
+    return textureBuffer_ ? textureBuffer_->textureAtTime(mediaTime, margin) : nullptr;
+}
+
+std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureForClip(
+    const std::shared_ptr<FLKTimelineClip>& clip, double t) const {
+    auto videoClip = std::dynamic_pointer_cast<FLKVideoClip>(clip);
+    return videoClip ? sampleTextureAtMediaTime(videoClip->clipTimeForTimelineTime(t)) : nullptr;
+}
+
+bool FLKVideoBufferSampleReader::hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) {
+    return sampleTextureForClip(clip, t) != nullptr;
+}
+
+std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
+    const std::shared_ptr<FLKTimelineClip>& clip, double t) {
+    auto sample = sampleTextureForClip(clip, t);
+    auto imageFilter = filter();
+    if (imageFilter && !sample) {
+        std::lock_guard lock(lookupMutex_);
+        imageFilter->setProvider(nullptr);
+    }
+    // A missing frame answers nothing rather than the filter's last output.
+    if (!sample) return nullptr;
+    // Uploaded once, here on the render thread; the frame stays in memory.
+    if (!sample->texture()) sample->refreshTexture();
+    if (!imageFilter) return sample->texture();
+
+    std::lock_guard lock(lookupMutex_);
+    if (auto converter = std::dynamic_pointer_cast<FLKBiplanarConverterFilter>(imageFilter);
+        converter && hasColorimetry_.load()) {
+        converter->setColorimetry(colorMatrix_.load(), colorRange_.load());
+    }
+    if (imageFilter->provider() != sample) imageFilter->setProvider(sample);
+    return imageFilter->texture();
+}
+
+size_t FLKVideoBufferSampleReader::numberOfBufferedFrames() const {
+    std::lock_guard lock(mutex_);
+    return textureBuffer_ ? textureBuffer_->ring().size() : 0;
+}
+
+std::shared_ptr<FLKImageFilter> FLKVideoBufferSampleReader::filter() const {
+    std::lock_guard lock(mutex_);
+    return filter_;
+}
+
+void FLKVideoBufferSampleReader::setFilter(std::shared_ptr<FLKImageFilter> filter) {
+    std::lock_guard lock(mutex_);
+    filter_ = std::move(filter);
+}

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "core/gpu/FLKImageFilter.h"
+#include "core/gpu/FLKTexture.h"
+#include "core/gpu/FLKTextureBuffer.h"
+#include "core/media/FLKAsset.h"
+#include "core/media/FLKAssetReader.h"
+#include "core/media/FLKVideoFrame.h"
+#include "core/timeline/FLKTimeRange.h"
+#include "core/timeline/FLKVideoSampleReader.h"
+
+class FLKDispatchQueue;
+
+// Decodes one segment of an asset's video, in one go on a queue of its own,
+// into a ring of 720 x 720 bi-planar textures kept until reset, and answers
+// the frame shown at a time.
+//
+// Threads: reads, cancel and reset come from the main thread; lookups from the
+// render thread (textureForClip) or any thread (hasTextureForClip); decoding
+// runs on the reader's own queue.
+class FLKVideoBufferSampleReader : public FLKVideoSampleReader,
+                                   public std::enable_shared_from_this<FLKVideoBufferSampleReader> {
+public:
+    using FinishedBlock = std::function<void()>;
+
+    static constexpr uint64_t kPixelFormat = 241;
+    static constexpr uint32_t kCVPixelFormat = 0x34323076;  // "420v"
+
+    FLKVideoBufferSampleReader(std::shared_ptr<FLKAsset> asset, FLKTimeRange readRange);
+    ~FLKVideoBufferSampleReader() override;
+
+    // Reads the whole segment. The block runs on the reader's queue.
+    bool readWithFinishedBlock(FinishedBlock block = {});
+    // Answers whether a decoding job was started for media time `target`.
+    bool readTo(double target, FinishedBlock block = {});
+    void cancelReading();
+    void reset();
+
+    std::shared_ptr<FLKGPUTexture> textureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
+    bool hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
+    // The decoded frame (before filtering) shown for the clip at timeline time t.
+    std::shared_ptr<FLKTexture> sampleTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) const;
+    // The decoded frame within one frame period of a media time.
+    std::shared_ptr<FLKTexture> sampleTextureAtMediaTime(double mediaTime) const;
+    size_t numberOfBufferedFrames() const;
+
+    const std::shared_ptr<FLKAsset>& asset() const { return asset_; }
+    const FLKTimeRange& readRange() const { return readRange_; }
+    double widthInSeconds() const { return widthInSeconds_; }
+    uint64_t status() const override { return status_.load(); }
+    bool isBuffering() const { return isBuffering_.load(); }
+    uint64_t pixelFormat() const { return kPixelFormat; }
+    uint32_t cvPixelFormat() const { return kCVPixelFormat; }
+
+    std::shared_ptr<FLKImageFilter> filter() const;
+    void setFilter(std::shared_ptr<FLKImageFilter> filter);
+
+private:
+    void performBufferingTo(double target, const FinishedBlock& block, const std::shared_ptr<FLKAssetReader>& reader,
+                            uint64_t generation);
+    void addFrame(const std::shared_ptr<FLKVideoFrame>& frame, uint64_t generation);
+    std::shared_ptr<FLKAssetReader> assetReaderLocked();
+    std::shared_ptr<FLKDispatchQueue> bufferingQueueLocked();
+
+    const std::shared_ptr<FLKAsset> asset_;
+    const FLKTimeRange readRange_;
+    const double widthInSeconds_;
+
+    std::atomic<uint64_t> status_{kIdle};       // written on main and by the job under mutex_, read anywhere
+    std::atomic<bool> isBuffering_{false};      // same
+    std::atomic<bool> hasColorimetry_{false};   // written by the job, read on the render thread
+    std::atomic<FLKColorMatrix> colorMatrix_{FLKColorMatrix::BT709};
+    std::atomic<FLKColorRange> colorRange_{FLKColorRange::Limited};
+
+    mutable std::mutex mutex_;
+    std::shared_ptr<FLKAssetReader> assetReader_;       // guarded by mutex_; made on first use
+    std::shared_ptr<FLKDispatchQueue> bufferingQueue_;  // guarded by mutex_; made on first use
+    std::shared_ptr<FLKTextureBuffer> textureBuffer_;   // guarded by mutex_, ring contents too
+    uint64_t generation_ = 0;  // guarded by mutex_; a job of an older generation no longer writes
+    std::shared_ptr<FLKImageFilter> filter_;            // guarded by mutex_
+
+    std::mutex lookupMutex_;  // keeps the filter's provider and its output together
+};

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+
+#include "FLKBufferTestSupport.h"
+#include "core/platform/FLKManualMainQueue.h"
+#include "core/timeline/FLKVideoBufferSampleReader.h"
+#include "core/timeline/FLKVideoClipStaticFramesGrabber.h"
+
+using flktest::frameNumber;
+
+namespace {
+
+struct ReaderFixture : ::testing::Test {
+    std::shared_ptr<FLKAsset> asset = FLKAsset::assetWithPath(flktest::twelveSecondVideo());
+    // The whole file placed at timeline time 0.
+    std::shared_ptr<FLKVideoClip> clip =
+        flktest::clipOfFile("A", flktest::twelveSecondVideo(), {0, 12}, {0, 12});
+
+    std::shared_ptr<FLKVideoBufferSampleReader> reader(double start, double end) {
+        return std::make_shared<FLKVideoBufferSampleReader>(asset, FLKTimeRange{start, end});
+    }
+    static void waitForRead(const std::shared_ptr<FLKVideoBufferSampleReader>& reader) {
+        ASSERT_TRUE(flktest::eventually([&] { return !reader->isBuffering(); }));
+    }
+};
+
+TEST_F(ReaderFixture, ReadsItsWholeSegmentIntoNumberedFramesOnce) {
+    auto segment = reader(5, 10);
+    std::promise<void> finished;
+    EXPECT_TRUE(segment->readWithFinishedBlock([&] { finished.set_value(); }));
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kReading);
+    EXPECT_TRUE(segment->isBuffering());
+    EXPECT_FALSE(segment->readWithFinishedBlock()) << "a second read while one runs must be refused";
+    finished.get_future().wait();
+    waitForRead(segment);
+
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kFinished);
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 150u);
+    for (uint32_t n = 150; n < 300; n += 7) {
+        const double t = (n + 0.5) / 30;
+        EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, t)), n) << "at " << t;
+        EXPECT_TRUE(segment->hasTextureForClip(clip, t));
+    }
+    // One frame period from the last frame still finds it; further does not.
+    EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, 299.9 / 30)), 299u);
+    EXPECT_FALSE(segment->hasTextureForClip(clip, 301.5 / 30));
+    EXPECT_FALSE(segment->hasTextureForClip(clip, 2.0));
+
+    // Read to the end: further reads are refused until reset.
+    bool called = false;
+    EXPECT_FALSE(segment->readWithFinishedBlock([&] { called = true; }));
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kFinished);
+    EXPECT_TRUE(segment->isBuffering());
+    EXPECT_FALSE(segment->readWithFinishedBlock());
+
+    segment->reset();
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kIdle);
+    EXPECT_FALSE(segment->isBuffering());
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 0u);
+    EXPECT_TRUE(segment->readTo(5.2));
+    waitForRead(segment);
+    EXPECT_FALSE(called);
+    EXPECT_EQ(frameNumber(segment->sampleTextureAtMediaTime(150.5 / 30)), 150u)
+        << "a read after reset starts again at the segment's start";
+}
+
+TEST_F(ReaderFixture, PartialReadsContinueAndResetWhileReadingOnlyCancels) {
+    auto segment = reader(0, 5);
+    ASSERT_TRUE(segment->readTo(1.0));
+    waitForRead(segment);
+    // The frame reaching the target is kept: frames 0 to 30.
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 31u);
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kIdle) << "more can be read later";
+
+    ASSERT_TRUE(segment->readTo(2.0));
+    waitForRead(segment);
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 61u);
+    EXPECT_EQ(frameNumber(segment->sampleTextureAtMediaTime(45.5 / 30)), 45u);
+
+    segment->reset();
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kCancelled);
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 61u) << "a cancelled read keeps what it decoded";
+    segment->reset();
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kIdle);
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 0u);
+}
+
+TEST_F(ReaderFixture, SegmentsWithoutFramesFinishEmpty) {
+    auto pastTheEnd = reader(12, 15);
+    auto missingFile = std::make_shared<FLKVideoBufferSampleReader>(
+        FLKAsset::assetWithPath(flk::test::mediaPath("missing.mp4").string()), FLKTimeRange{0, 5});
+    for (const auto& segment : {pastTheEnd, missingFile}) {
+        segment->readWithFinishedBlock();
+        waitForRead(segment);
+        EXPECT_EQ(segment->status(), FLKVideoSampleReader::kFinished);
+        EXPECT_EQ(segment->numberOfBufferedFrames(), 0u);
+        EXPECT_EQ(segment->textureForClip(clip, 13), nullptr);
+    }
+}
+
+TEST(FLKVideoClipStaticFramesGrabber, SizesThumbnailsToTheCell) {
+    const FLKSize thumbnail = FLKVideoClipStaticFramesGrabber::maxSizeForImageSize({1920, 1080}, {400, 44});
+    EXPECT_EQ(thumbnail.width, 79);
+    EXPECT_EQ(thumbnail.height, 44);
+    EXPECT_EQ(FLKVideoClipStaticFramesGrabber::numberOfFramesForImageSize({1920, 1080}, {400, 44}), 7u);
+    EXPECT_EQ(FLKVideoClipStaticFramesGrabber::numberOfFramesForImageSize({320, 240}, {200, 30}), 6u);
+}
+
+TEST(FLKVideoClipStaticFramesGrabber, GeneratesOnceAndReusesItsCache) {
+    auto mainQueue = std::make_shared<FLKManualMainQueue>();
+    FLKMainQueue::setMain(mainQueue);
+    auto clip = flktest::clipOfFile("A", flktest::twelveSecondVideo(), {0, 12}, {0, 12});
+    auto grabber = std::make_shared<FLKVideoClipStaticFramesGrabber>(clip);
+    std::vector<double> handed;
+    auto handler = [&](const std::shared_ptr<FLKVideoClipStaticFrame>& frame) {
+        handed.push_back(frame->time());
+        ASSERT_TRUE(frame->image());
+        EXPECT_EQ(frame->image()->width, 40);
+        EXPECT_EQ(frame->image()->height, 30);
+    };
+
+    // A 200 x 30 cell takes 40-point thumbnails: 6 of them, a second apart.
+    grabber->grabFramesFromTime(0, 6, {200, 30}, handler);
+    ASSERT_TRUE(flktest::eventually([&] { return grabber->grabbedFramesFromTime(0, 100).size() == 6; }));
+    EXPECT_TRUE(handed.empty()) << "new thumbnails reach the handler on the main queue";
+    mainQueue->runPending();
+    ASSERT_EQ(handed.size(), 6u);
+    for (size_t i = 0; i < handed.size(); ++i) EXPECT_NEAR(handed[i], static_cast<double>(i), 1.0 / 30);
+
+    handed.clear();
+    grabber->grabFramesFromTime(2, 6, {200, 30}, handler);
+    ASSERT_EQ(handed.size(), 4u) << "cached thumbnails are handed over at once";
+    EXPECT_NEAR(handed.front(), 2, 1.0 / 30);
+
+    handed.clear();
+    grabber->grabFramesFromTime(5.5, 11.5, {200, 30}, handler);
+    EXPECT_TRUE(handed.empty());
+    ASSERT_TRUE(flktest::eventually([&] { return grabber->grabbedFramesFromTime(0, 100).size() == 6; }));
+    EXPECT_NEAR(grabber->firstFrame()->time(), 5.5, 1.0 / 30) << "a start after the cache regenerates it";
+    mainQueue->runPending();
+}
+
+TEST(FLKVideoClipStaticFramesGrabber, ClipWithoutVideoNeverCallsTheHandler) {
+    auto clip = flktest::clipOfFile("A", flk::test::mediaPath("none.mp4").string(), {0, 1}, {0, 1});
+    auto grabber = std::make_shared<FLKVideoClipStaticFramesGrabber>(clip);
+    bool called = false;
+    grabber->grabFramesFromTime(0, 1, {200, 30}, [&](const auto&) { called = true; });
+    EXPECT_FALSE(called);
+    EXPECT_EQ(grabber->firstFrame(), nullptr);
+}
+
+}  // namespace
