@@ -26,13 +26,16 @@ endfunction()
 
 # Links a program against a layer and every layer below it.
 function(flk_link_layers target)
+  set(all)
   foreach(layer IN LISTS ARGN)
     get_property(closure GLOBAL PROPERTY FLK_CLOSURE_${layer})
     if(NOT closure)
       message(FATAL_ERROR "unknown layer ${layer}")
     endif()
-    target_link_libraries(${target} PRIVATE ${closure})
+    list(APPEND all ${closure})
   endforeach()
+  list(REMOVE_DUPLICATES all)
+  target_link_libraries(${target} PRIVATE ${all})
 endfunction()
 
 # A GoogleTest program over the given layers, run by CTest with a fresh

@@ -1,8 +1,10 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/FrameCommand.h"
+#include "core/model/FLKCoreServices.h"
 
 int main(int argc, char** argv) {
+    flk::installCoreServices();
     CLI::App app{"Flickwell without a window: render and export app videos"};
     app.require_subcommand(1);
     int exitCode = 0;
