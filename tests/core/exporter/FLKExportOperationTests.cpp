@@ -1,0 +1,285 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <mutex>
+
+#include "FLKExportTestSupport.h"
+#include "core/exporter/FLKExportQueue.h"
+#include "core/exporter/FLKExportVideoSanityChecker.h"
+#include "core/exporter/FLKVideoRecorder.h"
+#include "core/gpu/FLKContext.h"
+#include "core/platform/FLKRunLoopMainQueue.h"
+#include "core/platform/FLKUserFeedback.h"
+#include "core/scene/FLKAudioTrack.h"
+#include "core/scene/FLKCamera.h"
+#include "core/scene/FLKColorGradientSprite.h"
+#include "core/scene/FLKPlane.h"
+#include "core/scene/FLKScene.h"
+#include "core/timeline/FLKPlaceholderClip.h"
+#include "core/timeline/FLKTimeline.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+// Counts the six export notifications in the order they arrive on the main queue.
+class NotificationLog {
+public:
+    NotificationLog() {
+        auto& center = FLKExportOperation::notificationCenter();
+        for (const char* name :
+             {FLKExportOperationDidStartNotification, FLKExportOperationDidUpdateNotification,
+              FLKExportOperationDidFinishNotification, FLKExportQueueDidStartNotification,
+              FLKExportQueueDidUpdateNotification, FLKExportQueueDidFinishNotification}) {
+            observations_.emplace_back(center, center.addObserver(name, nullptr, [this](const FLKNotification& n) {
+                                           names.push_back(n.name);
+                                           senders.push_back(n.object);
+                                       }));
+        }
+    }
+    int count(const std::string& name) const { return static_cast<int>(std::count(names.begin(), names.end(), name)); }
+    // Main thread only.
+    std::vector<std::string> names;
+    std::vector<const void*> senders;
+
+private:
+    std::vector<FLKObservation> observations_;
+};
+
+class RecordedFeedback : public FLKUserFeedback {
+public:
+    void beep() override {}
+    void presentError(const FLKError& error) override {
+        std::lock_guard lock(mutex);
+        presented.push_back(error);
+    }
+    std::mutex mutex;
+    std::vector<FLKError> presented;  // guarded by mutex
+};
+
+class FLKExportQueueTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        mainQueue = std::make_shared<FLKRunLoopMainQueue>();
+        FLKMainQueue::setMain(mainQueue);
+        feedback = std::make_shared<RecordedFeedback>();
+        FLKUserFeedback::setShared(feedback);
+        folder = fs::path(std::getenv("FLICKWELL_HOME")) / ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    void TearDown() override { FLKUserFeedback::setShared(nullptr); }
+
+    // Runs the main queue until the queue's session has ended (a generous
+    // bound only keeps a broken build from hanging).
+    void runUntilSessionEnds(const NotificationLog& log, int sessions = 1) {
+        const bool ended = mainQueue->runUntil(
+            [&] { return log.count(FLKExportQueueDidFinishNotification) >= sessions; }, 300);
+        ASSERT_TRUE(ended);
+        // Tasks run in order: once this one ran, everything posted before it did too.
+        bool drained = false;
+        mainQueue->post([&] { drained = true; });
+        mainQueue->runUntil([&] { return drained; });
+    }
+
+    std::shared_ptr<FLKRunLoopMainQueue> mainQueue;
+    std::shared_ptr<RecordedFeedback> feedback;
+    fs::path folder;
+};
+
+std::shared_ptr<FLKTimeline> timelineOfLength(double seconds) {
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    if (seconds > 0) {
+        auto track = std::make_shared<FLKTimelineTrack>("Track");
+        track->addClip(std::make_shared<FLKPlaceholderClip>("Clip", FLKTimeRange{0, seconds}));
+        timeline->addTrack(track);
+    }
+    return timeline;
+}
+
+std::shared_ptr<FLKScene> gradientScene(const FLKRect& frame) {
+    auto scene = std::make_shared<FLKScene>();
+    scene->setMainCamera(FLKCamera::cameraWithFrame(frame));
+    auto sprite = FLKColorGradientSprite::colorGradientSpriteWithColors(
+        {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}});
+    sprite->setShape(FLKPlane::planeWithFrame(frame));
+    scene->addChild(sprite);
+    return scene;
+}
+
+const FLKRect kFrame{0, 0, 160, 90};
+
+std::shared_ptr<FLKExportOperation> mp4Operation(const FLKScene& scene, std::shared_ptr<FLKTimeline> timeline,
+                                                 const fs::path& destination) {
+    return FLKExportOperation::operationWithScene(scene, std::move(timeline), FLKExportTypeMP4, destination, kFrame,
+                                                  kFrame.size, 30);
+}
+
+FLKExportSettings presetWithDurations(double minimum, double maximum) {
+    return FLKExportSettings(FLKJSON{{"name", "App Preview"}, {"minDuration", minimum}, {"maxDuration", maximum}});
+}
+}  // namespace
+
+TEST(FLKExportVideoSanityCheckerTest, OnlyDurationsOutsideThePresetLimitsAreIssues) {
+    const auto preset = presetWithDurations(15, 30);
+    const auto shortIssues = FLKExportVideoSanityChecker::issuesInVideo(*timelineOfLength(3.0), preset);
+    ASSERT_EQ(shortIssues.size(), 1u);
+    EXPECT_EQ(shortIssues[0].failureReason, "The video is too short at 3.0s for App Preview.");
+    EXPECT_EQ(shortIssues[0].recoverySuggestion, "Minimum duration is 15.0s, make a longer video.");
+    EXPECT_EQ(shortIssues[0].domain, kFLKExportSettingsErrorDomain);
+
+    const auto longIssues = FLKExportVideoSanityChecker::issuesInVideo(30.04, preset);
+    ASSERT_EQ(longIssues.size(), 1u);
+    EXPECT_EQ(longIssues[0].failureReason, "The video is too long at 30.0s for App Preview.");
+    EXPECT_EQ(longIssues[0].recoverySuggestion, "Maximum duration is 30.0s, trim the video.");
+
+    EXPECT_TRUE(FLKExportVideoSanityChecker::issuesInVideo(15.0, preset).empty());
+    EXPECT_TRUE(FLKExportVideoSanityChecker::issuesInVideo(30.0, preset).empty());
+    EXPECT_TRUE(FLKExportVideoSanityChecker::issuesInVideo(*timelineOfLength(20.0), preset).empty());
+}
+
+// Operations that fail at once (an empty timeline) still make one session:
+// one start, one finish after the third operation, all errors kept until the
+// next session starts and shown to the user together.
+TEST_F(FLKExportQueueTest, ASessionSpansEveryOperationAndCollectsTheirErrors) {
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    auto scene = gradientScene(kFrame);
+    std::vector<std::shared_ptr<FLKExportOperation>> operations;
+    for (int i = 0; i < 3; ++i) {
+        operations.push_back(mp4Operation(*scene, timelineOfLength(0), folder / ("empty" + std::to_string(i) + ".mp4")));
+        queue->addOperation(operations.back());
+    }
+    runUntilSessionEnds(log);
+
+    EXPECT_EQ(log.count(FLKExportQueueDidStartNotification), 1);
+    EXPECT_EQ(log.count(FLKExportQueueDidFinishNotification), 1);
+    EXPECT_EQ(log.names.front(), FLKExportQueueDidStartNotification);
+    EXPECT_EQ(log.names.back(), FLKExportQueueDidFinishNotification);
+    EXPECT_EQ(log.senders.back(), queue.get());
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 3);
+    EXPECT_EQ(log.count(FLKExportOperationDidStartNotification), 0);
+    for (const auto& operation : operations) {
+        EXPECT_TRUE(operation->isFinished());
+        ASSERT_TRUE(operation->error());
+        EXPECT_EQ(operation->error()->failureReason, "The timeline is empty.");
+    }
+    EXPECT_EQ(queue->currentOperation(), nullptr);
+    EXPECT_EQ(queue->exportErrors().size(), 3u);
+    {
+        std::lock_guard lock(feedback->mutex);
+        ASSERT_EQ(feedback->presented.size(), 1u);
+        EXPECT_EQ(feedback->presented[0].localizedDescription, "3 exports failed.");
+    }
+    EXPECT_TRUE(flktest::filesIn(folder).empty());
+
+    queue->addOperation(mp4Operation(*scene, timelineOfLength(0), folder / "next.mp4"));
+    runUntilSessionEnds(log, 2);
+    EXPECT_EQ(queue->exportErrors().size(), 1u);  // the new session started clean
+    EXPECT_EQ(log.count(FLKExportQueueDidStartNotification), 2);
+}
+
+// A small scene exported end to end: the file is H.264 High, 4:2:0, 30 fps,
+// one frame per 1/30 s of the timeline, with an AAC track as long as the
+// video (silence: the scene has no sound), index in front.
+TEST_F(FLKExportQueueTest, ExportsAnMP4WithProgressAndASilentTrack) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    const fs::path destination = folder / "scene.mp4";
+    auto operation = mp4Operation(*gradientScene(kFrame), timelineOfLength(1.0), destination);
+    queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
+    EXPECT_EQ(log.count(FLKExportOperationDidStartNotification), 1);
+    EXPECT_EQ(log.count(FLKExportOperationDidUpdateNotification), 30);
+    EXPECT_EQ(log.count(FLKExportQueueDidUpdateNotification), 30);
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+    EXPECT_DOUBLE_EQ(operation->progress(), 1.0);
+    {
+        std::lock_guard lock(feedback->mutex);
+        EXPECT_TRUE(feedback->presented.empty());
+    }
+
+    const auto movie = flktest::probeMovie(destination);
+    ASSERT_TRUE(movie.opened);
+    EXPECT_EQ(movie.videoCodec, "h264");
+    EXPECT_EQ(movie.profile, FF_PROFILE_H264_HIGH);
+    EXPECT_EQ(movie.pixelFormat, "yuv420p");
+    EXPECT_NEAR(movie.frameRate, 30.0, 1e-6);
+    EXPECT_EQ(movie.width, 160);
+    EXPECT_EQ(movie.height, 90);
+    EXPECT_EQ(movie.videoPackets, 30);
+    EXPECT_TRUE(movie.hasAAC);
+    EXPECT_NEAR(movie.audioDuration, movie.videoDuration, 0.05);
+    EXPECT_TRUE(flktest::moovBeforeMdat(destination));
+    EXPECT_EQ(flktest::filesIn(folder), std::vector<fs::path>{destination});
+}
+
+// The scene's own sound is used and cut to the video's length.
+TEST_F(FLKExportQueueTest, TheScenesSoundIsCutToTheVideo) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    const fs::path tone = folder.parent_path() / "tone.m4a";
+    ASSERT_TRUE(FLKSyntheticVideo::writeTone(tone.string(), 3.0));
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    auto scene = gradientScene(kFrame);
+    scene->addChild(FLKAudioTrack::audioTrackWithAudioURL(tone));
+    const fs::path destination = folder / "sound.mp4";
+    auto operation = mp4Operation(*scene, timelineOfLength(0.5), destination);
+    queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
+    const auto movie = flktest::probeMovie(destination);
+    EXPECT_EQ(movie.videoPackets, 15);
+    EXPECT_TRUE(movie.hasAAC);
+    EXPECT_NEAR(movie.audioDuration, 0.5, 0.05);
+}
+
+// Bad destinations fail with a clear error and leave nothing behind; the
+// queue goes on with the next operation.
+TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    fs::create_directories(folder / "taken.mp4");
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    auto scene = gradientScene(kFrame);
+    auto missingFolder = mp4Operation(*scene, timelineOfLength(0.2), folder / "missing" / "a.mp4");
+    auto isAFolder = mp4Operation(*scene, timelineOfLength(0.2), folder / "taken.mp4");
+    auto good = mp4Operation(*scene, timelineOfLength(0.2), folder / "good.mp4");
+    for (const auto& operation : {missingFolder, isAFolder, good}) queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_TRUE(missingFolder->error());
+    EXPECT_NE(missingFolder->error()->failureReason.find("does not exist"), std::string::npos);
+    ASSERT_TRUE(isAFolder->error());
+    EXPECT_NE(isAFolder->error()->failureReason.find("is a folder"), std::string::npos);
+    EXPECT_FALSE(good->error());
+    EXPECT_EQ(flktest::probeMovie(folder / "good.mp4").videoPackets, 6);
+    EXPECT_FALSE(fs::exists(folder / "missing"));
+    EXPECT_TRUE(fs::is_empty(folder / "taken.mp4"));
+    EXPECT_EQ(log.count(FLKExportQueueDidFinishNotification), 1);
+    std::lock_guard lock(feedback->mutex);
+    ASSERT_EQ(feedback->presented.size(), 1u);
+    EXPECT_EQ(feedback->presented[0].localizedDescription, "2 exports failed.");
+}
+
+TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    const fs::path destination = folder / "scene.gif";
+    auto operation = FLKExportOperation::operationWithScene(*gradientScene(kFrame), timelineOfLength(1.0),
+                                                            FLKExportTypeGIF, destination, kFrame, {80, 46}, 30);
+    operation->setOutputFps(10);
+    queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
+    std::ifstream file(destination, std::ios::binary);
+    char signature[6] = {};
+    file.read(signature, 6);
+    EXPECT_EQ(std::string(signature, 6), "GIF89a");
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+}
