@@ -21,8 +21,10 @@ struct FLKNotificationCenter::State {
 FLKNotificationCenter::FLKNotificationCenter() : state_(std::make_shared<State>()) {}
 
 FLKNotificationCenter& FLKNotificationCenter::defaultCenter() {
-    static FLKNotificationCenter center;
-    return center;
+    // Never destroyed: queue threads may still remove observers while the
+    // process exits, after static destructors have started.
+    static auto* center = new FLKNotificationCenter;
+    return *center;
 }
 
 FLKNotificationCenter::State& FLKNotificationCenter::state() { return *state_; }
