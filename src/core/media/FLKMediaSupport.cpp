@@ -4,11 +4,14 @@
 #include <cstring>
 
 extern "C" {
+#include <libavutil/log.h>
 #include <libavutil/display.h>
 #include <libavutil/error.h>
 }
 
 namespace flk::media {
+
+void setLibraryLogVerbose(bool verbose) { av_log_set_level(verbose ? AV_LOG_INFO : AV_LOG_ERROR); }
 
 std::string avErrorText(int code) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};

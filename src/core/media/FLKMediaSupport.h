@@ -29,6 +29,9 @@ enum ErrorCode : long {
 };
 
 std::string avErrorText(int code);
+// Whether FFmpeg's own informational lines (encoder settings, statistics)
+// reach standard error; errors always do.
+void setLibraryLogVerbose(bool verbose);
 FLKError makeError(long code, std::string description, std::string reason = {});
 
 struct InputCloser {

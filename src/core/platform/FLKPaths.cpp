@@ -194,4 +194,17 @@ fs::path temporaryHome() {
     return fs::path("/tmp") / "flickwell";
 }
 
+std::filesystem::path fileURLByAddingSuffix(const std::filesystem::path& url, const std::string& suffix) {
+    auto name = url.stem().string() + " " + suffix;
+    return url.parent_path() / (name + url.extension().string());
+}
+
+std::filesystem::path uniqueFileURL(const std::filesystem::path& url) {
+    if (!flk::exists(url)) return url;
+    for (int n = 2;; ++n) {
+        auto candidate = url.parent_path() / (url.stem().string() + " " + std::to_string(n) + url.extension().string());
+        if (!flk::exists(candidate)) return candidate;
+    }
+}
+
 }  // namespace flk

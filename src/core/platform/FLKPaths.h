@@ -43,6 +43,11 @@ bool copyItem(const std::filesystem::path& source, const std::filesystem::path& 
 // Removes a file or a folder with its contents; a missing item is an error.
 bool removeItem(const std::filesystem::path& url, FLKError* error = nullptr);
 
+// "a/Name.mp4" with suffix "Square" -> "a/Name Square.mp4".
+std::filesystem::path fileURLByAddingSuffix(const std::filesystem::path& url, const std::string& suffix);
+// The URL itself when nothing is there, else the first free "Name 2.ext", "Name 3.ext", ...
+std::filesystem::path uniqueFileURL(const std::filesystem::path& url);
+
 // --- Where this user's files live ---
 
 // FLICKWELL_HOME when it is set (tests and CI point it at a fresh folder):
