@@ -1,14 +1,33 @@
 #include <CLI/CLI.hpp>
 
+#include "cli/ExportCommand.h"
 #include "cli/FrameCommand.h"
+#include "cli/InfoCommand.h"
+#include "cli/NewCommand.h"
+#include "cli/PresetsCommand.h"
+#include "cli/TemplatesCommand.h"
+#include "core/media/FLKMediaSupport.h"
 #include "core/model/FLKCoreServices.h"
+#include "core/platform/FLKLog.h"
 
 int main(int argc, char** argv) {
     flk::installCoreServices();
-    CLI::App app{"Flickwell without a window: render and export app videos"};
+    CLI::App app{"Flickwell without a window: make app videos from templates and recordings"};
     app.require_subcommand(1);
+    bool verbose = false;
+    app.add_flag("--verbose,-v", verbose, "Print the engine's log lines (buffering, readers) to standard error");
+    // The engine's log is for diagnosis; a user sees results, warnings and errors.
+    app.parse_complete_callback([&verbose] {
+        if (!verbose) flk::setLogSink([](const std::string&) {});
+        flk::media::setLibraryLogVerbose(verbose);
+    });
     int exitCode = 0;
+    TemplatesCommand::add(app, exitCode);
+    NewCommand::add(app, exitCode);
+    InfoCommand::add(app, exitCode);
     FrameCommand::add(app, exitCode);
+    ExportCommand::add(app, exitCode);
+    PresetsCommand::add(app, exitCode);
     CLI11_PARSE(app, argc, argv);
     return exitCode;
 }

@@ -1,0 +1,181 @@
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "core/media/FLKAsset.h"
+#include "core/media/FLKSyntheticVideo.h"
+#include "core/platform/FLKJSON.h"
+
+namespace {
+namespace fs = std::filesystem;
+
+struct Result {
+    int exitCode = -1;
+    std::string out;  // standard output
+    std::string err;  // standard error
+};
+
+Result runCLI(const std::string& arguments, const fs::path& folder) {
+    const fs::path errors = folder / "stderr.txt";
+    std::string command = std::string(FLK_CLI_PATH) + " " + arguments + " 2>'" + errors.string() + "'";
+    Result result;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return result;
+    std::array<char, 512> chunk;
+    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.out.append(chunk.data(), n);
+    int status = pclose(pipe);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::ifstream in(errors);
+    result.err.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return result;
+}
+
+std::string quoted(const fs::path& path) { return "'" + path.string() + "'"; }
+
+class FLKDocumentCommandsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder = fs::path(std::getenv("FLICKWELL_HOME")) /
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    fs::path recording(const std::string& name, int frames) {
+        FLKSyntheticVideo::Options options;
+        options.width = 180;
+        options.height = 320;
+        options.frameCount = frames;
+        auto path = folder / name;
+        EXPECT_TRUE(FLKSyntheticVideo::writeVideo(path.string(), options));
+        return path;
+    }
+    Result run(const std::string& arguments) { return runCLI(arguments, folder); }
+    fs::path folder;
+};
+}  // namespace
+
+TEST_F(FLKDocumentCommandsTest, ListsTemplatesAndPresets) {
+    auto templates = run("templates --json");
+    ASSERT_EQ(templates.exitCode, 0) << templates.err;
+    auto list = FLKJSON::parse(templates.out);
+    ASSERT_GE(list.size(), 6u);
+    EXPECT_EQ(list[0]["name"], "Phone Portrait");
+    int frameless = 0;
+    for (const auto& entry : list) frameless += entry["deviceFrame"] == false;
+    EXPECT_EQ(frameless, 1);
+
+    auto gifs = run("presets --type gif --json");
+    ASSERT_EQ(gifs.exitCode, 0) << gifs.err;
+    for (const auto& preset : FLKJSON::parse(gifs.out)) EXPECT_EQ(preset["type"], "gif");
+    auto text = run("presets");
+    EXPECT_NE(text.out.find("App Preview Phone Portrait"), std::string::npos);
+}
+
+// A document made from a template and two recordings joined by a fade holds
+// both copies, a timeline with the overlap, and reads back through `info`.
+TEST_F(FLKDocumentCommandsTest, NewDocumentHoldsTheRecordingsJoinedByTheTransition) {
+    auto a = recording("a.mp4", 60), b = recording("b.mp4", 60);
+    auto document = folder / "promo.flickwell";
+    auto made = run("new --template 'full screen' --video " + quoted(a) + " --video " + quoted(b) +
+                    " --transition fade --transition-duration 0.5 --out " + quoted(document));
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+
+    auto info = run("info " + quoted(document) + " --json");
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    auto json = FLKJSON::parse(info.out);
+    EXPECT_NEAR(json["duration"].get<double>(), 3.5, 1e-6);
+    const auto& clips = json["clips"];
+    ASSERT_EQ(clips.size(), 3u);
+    EXPECT_EQ(clips[0]["kind"], "video");
+    EXPECT_EQ(clips[1]["kind"], "transition");
+    EXPECT_EQ(clips[1]["transition"], "fade");
+    EXPECT_NEAR(clips[1]["start"].get<double>(), 1.5, 1e-6);
+    EXPECT_NEAR(clips[2]["start"].get<double>(), 1.5, 1e-6);
+    EXPECT_NEAR(clips[2]["end"].get<double>(), 3.5, 1e-6);
+    EXPECT_EQ(json["media"].size(), 2u);  // the copies; the template had no other media
+    EXPECT_NE(clips[0]["media"], clips[2]["media"]);
+}
+
+TEST_F(FLKDocumentCommandsTest, BadInputIsNamedAndLeavesNothingBehind) {
+    auto a = recording("a.mp4", 10);
+    auto document = folder / "promo.flickwell";
+
+    auto missing = run("new --template 'Full Screen' --video " + quoted(folder / "nope.mp4") + " --out " + quoted(document));
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_NE(missing.err.find("nope.mp4"), std::string::npos) << missing.err;
+    EXPECT_FALSE(fs::exists(document));
+
+    auto unknown = run("new --template 'No Such' --video " + quoted(a) + " --out " + quoted(document));
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_NE(unknown.err.find("No Such"), std::string::npos);
+
+    std::ofstream(folder / "notes.txt") << "hello";
+    auto notVideo = run("new --template 'Full Screen' --video " + quoted(folder / "notes.txt") + " --out " + quoted(document));
+    EXPECT_EQ(notVideo.exitCode, 1);
+    EXPECT_NE(notVideo.err.find("notes.txt"), std::string::npos);
+
+    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    const auto before = fs::file_size(document);
+    auto again = run("new --template 'Phone Portrait' --video " + quoted(a) + " --out " + quoted(document));
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_NE(again.err.find("--force"), std::string::npos);
+    EXPECT_EQ(fs::file_size(document), before);
+
+    auto notDocument = run("info " + quoted(folder / "notes.txt"));
+    EXPECT_EQ(notDocument.exitCode, 1);
+    EXPECT_NE(notDocument.err.find("notes.txt"), std::string::npos);
+}
+
+TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
+    auto a = recording("a.mp4", 30);
+    auto document = folder / "promo.flickwell";
+    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+
+    auto mp4 = folder / "promo.mp4";
+    auto exported = run("export " + quoted(document) + " --size 144x256 --out " + quoted(mp4));
+    ASSERT_EQ(exported.exitCode, 0) << exported.err;
+    EXPECT_EQ(exported.out, mp4.string() + "\n");
+    FLKAsset movie(mp4.string());
+    ASSERT_TRUE(movie.hasVideo() && movie.hasAudio()) << movie.failureReason();
+    EXPECT_NEAR(movie.duration(), 1.0, 0.1);
+    EXPECT_EQ(movie.videoTrack()->naturalSize.width, 144);
+
+    auto gif = folder / "promo.gif";
+    auto gifRun = run("export " + quoted(document) + " --size 90x160 --gif-fps 10 --out " + quoted(gif));
+    ASSERT_EQ(gifRun.exitCode, 0) << gifRun.err;
+    FLKAsset animation(gif.string());
+    ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
+    EXPECT_NEAR(animation.duration(), 1.0, 0.15);
+}
+
+TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissingFoldersFail) {
+    auto a = recording("a.mp4", 6);
+    auto mp4 = folder / "store.mp4";
+    auto exported = run("export 'Phone Portrait' --video " + quoted(a) + " --preset 'App Preview Phone Portrait' --out " +
+                        quoted(mp4) + " --quiet");
+    ASSERT_EQ(exported.exitCode, 0) << exported.err;
+    EXPECT_NE(exported.err.find("warning:"), std::string::npos);
+    EXPECT_NE(exported.err.find("\"Full Screen\""), std::string::npos) << exported.err;
+    EXPECT_NE(exported.err.find("too short"), std::string::npos) << exported.err;
+    FLKAsset movie(mp4.string());
+    ASSERT_TRUE(movie.hasVideo());
+    EXPECT_EQ(movie.videoTrack()->naturalSize.width, 1080);
+    EXPECT_EQ(movie.videoTrack()->naturalSize.height, 1920);
+
+    auto nowhere = run("export 'Full Screen' --video " + quoted(a) + " --size 64x64 --out " +
+                       quoted(folder / "missing" / "x.mp4"));
+    EXPECT_EQ(nowhere.exitCode, 1);
+    EXPECT_NE(nowhere.err.find("missing"), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder / "missing"));
+
+    auto empty = run("export 'Full Screen' --size 64x64 --out " + quoted(folder / "empty.mp4"));
+    EXPECT_EQ(empty.exitCode, 1);
+    EXPECT_NE(empty.err.find("--video"), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder / "empty.mp4"));
+}
