@@ -25,6 +25,12 @@ test-tsan: bootstrap
 	cmake --build build/tsan -j$(JOBS) --target flk_tsan_tests
 	cd build/tsan && LP_NUM_THREADS=0 TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --output-on-failure -j$(JOBS) -L tsan
 
+# The main job: a sample recording into a template, exported to MP4 and GIF in build/demo/.
+demo: bootstrap
+	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/release -j$(JOBS) --target flickwell-cli flk-make-recording
+	./scripts/demo
+
 bench: build
 	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b" --benchmark_min_time=0.5; done; true
 

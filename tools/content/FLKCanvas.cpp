@@ -64,6 +64,23 @@ void FLKCanvas::blend(int x, int y, const FLKPaint& paint, float coverage) {
     p[3] = a + p[3] * (1 - a);
 }
 
+void FLKCanvas::fillFeathered(const FLKRoundedRect& shape, const FLKPaint& paint, double feather) {
+    feather = std::max(feather, 1.0);
+    const FLKRect& r = shape.rect;
+    const double reach = feather / 2 + 1;
+    int x0 = std::max(0, static_cast<int>(r.origin.x - reach));
+    int x1 = std::min(width_, static_cast<int>(r.maxX() + reach) + 1);
+    int y0 = std::max(0, static_cast<int>(r.origin.y - reach));
+    int y1 = std::min(height_, static_cast<int>(r.maxY() + reach) + 1);
+    for (int y = y0; y < y1; ++y) {
+        for (int x = x0; x < x1; ++x) {
+            double t = std::clamp(0.5 - shape.distance(x + 0.5, y + 0.5) / feather, 0.0, 1.0);
+            float coverage = static_cast<float>(t * t * (3 - 2 * t));
+            if (coverage > 0) blend(x, y, paint, coverage);
+        }
+    }
+}
+
 void FLKCanvas::fillConvex(const std::vector<FLKPoint>& corners, const FLKPaint& paint) {
     double minX = width_, minY = height_, maxX = 0, maxY = 0, area = 0;
     for (size_t i = 0; i < corners.size(); ++i) {

@@ -46,6 +46,9 @@ public:
     void fill(const FLKRoundedRect& shape, const FLKPaint& paint) {
         fill(shape, [&](double, double) { return paint; });
     }
+    // Source-over fill whose edge fades out over `feather` pixels centred on
+    // the outline: soft shadows and glows without a blur pass.
+    void fillFeathered(const FLKRoundedRect& shape, const FLKPaint& paint, double feather);
     // A band of `width` just inside the shape's edge.
     template <class Shade>
     void stroke(const FLKRoundedRect& shape, double width, Shade shade);
