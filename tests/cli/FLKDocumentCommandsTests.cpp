@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -11,32 +7,13 @@
 #include "core/media/FLKAsset.h"
 #include "core/media/FLKSyntheticVideo.h"
 #include "core/platform/FLKJSON.h"
+#include "support/FLKProgramRun.h"
 
 namespace {
 namespace fs = std::filesystem;
 
-struct Result {
-    int exitCode = -1;
-    std::string out;  // standard output
-    std::string err;  // standard error
-};
-
-Result runCLI(const std::string& arguments, const fs::path& folder) {
-    const fs::path errors = folder / "stderr.txt";
-    std::string command = std::string(FLK_CLI_PATH) + " " + arguments + " 2>'" + errors.string() + "'";
-    Result result;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return result;
-    std::array<char, 512> chunk;
-    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.out.append(chunk.data(), n);
-    int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::ifstream in(errors);
-    result.err.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return result;
-}
-
-std::string quoted(const fs::path& path) { return "'" + path.string() + "'"; }
+using flk::testing::ProgramRun;
+using flk::testing::quoted;
 
 class FLKDocumentCommandsTest : public ::testing::Test {
 protected:
@@ -55,15 +32,15 @@ protected:
         EXPECT_TRUE(FLKSyntheticVideo::writeVideo(path.string(), options));
         return path;
     }
-    Result run(const std::string& arguments) { return runCLI(arguments, folder); }
+    ProgramRun run(const std::string& arguments) { return flk::testing::runProgram(FLK_CLI_PATH, arguments); }
     fs::path folder;
 };
 }  // namespace
 
 TEST_F(FLKDocumentCommandsTest, ListsTemplatesAndPresets) {
     auto templates = run("templates --json");
-    ASSERT_EQ(templates.exitCode, 0) << templates.err;
-    auto list = FLKJSON::parse(templates.out);
+    ASSERT_EQ(templates.exitCode, 0) << templates.standardError;
+    auto list = FLKJSON::parse(templates.standardOutput);
     ASSERT_GE(list.size(), 6u);
     EXPECT_EQ(list[0]["name"], "Phone Portrait");
     int frameless = 0;
@@ -71,10 +48,10 @@ TEST_F(FLKDocumentCommandsTest, ListsTemplatesAndPresets) {
     EXPECT_EQ(frameless, 1);
 
     auto gifs = run("presets --type gif --json");
-    ASSERT_EQ(gifs.exitCode, 0) << gifs.err;
-    for (const auto& preset : FLKJSON::parse(gifs.out)) EXPECT_EQ(preset["type"], "gif");
+    ASSERT_EQ(gifs.exitCode, 0) << gifs.standardError;
+    for (const auto& preset : FLKJSON::parse(gifs.standardOutput)) EXPECT_EQ(preset["type"], "gif");
     auto text = run("presets");
-    EXPECT_NE(text.out.find("App Preview Phone Portrait"), std::string::npos);
+    EXPECT_NE(text.standardOutput.find("App Preview Phone Portrait"), std::string::npos);
 }
 
 // A document made from a template and two recordings joined by a fade holds
@@ -84,11 +61,11 @@ TEST_F(FLKDocumentCommandsTest, NewDocumentHoldsTheRecordingsJoinedByTheTransiti
     auto document = folder / "promo.flickwell";
     auto made = run("new --template 'full screen' --video " + quoted(a) + " --video " + quoted(b) +
                     " --transition fade --transition-duration 0.5 --out " + quoted(document));
-    ASSERT_EQ(made.exitCode, 0) << made.err;
+    ASSERT_EQ(made.exitCode, 0) << made.standardError;
 
     auto info = run("info " + quoted(document) + " --json");
-    ASSERT_EQ(info.exitCode, 0) << info.err;
-    auto json = FLKJSON::parse(info.out);
+    ASSERT_EQ(info.exitCode, 0) << info.standardError;
+    auto json = FLKJSON::parse(info.standardOutput);
     EXPECT_NEAR(json["duration"].get<double>(), 3.5, 1e-6);
     const auto& clips = json["clips"];
     ASSERT_EQ(clips.size(), 3u);
@@ -108,28 +85,28 @@ TEST_F(FLKDocumentCommandsTest, BadInputIsNamedAndLeavesNothingBehind) {
 
     auto missing = run("new --template 'Full Screen' --video " + quoted(folder / "nope.mp4") + " --out " + quoted(document));
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("nope.mp4"), std::string::npos) << missing.err;
+    EXPECT_NE(missing.standardError.find("nope.mp4"), std::string::npos) << missing.standardError;
     EXPECT_FALSE(fs::exists(document));
 
     auto unknown = run("new --template 'No Such' --video " + quoted(a) + " --out " + quoted(document));
     EXPECT_EQ(unknown.exitCode, 1);
-    EXPECT_NE(unknown.err.find("No Such"), std::string::npos);
+    EXPECT_NE(unknown.standardError.find("No Such"), std::string::npos);
 
     std::ofstream(folder / "notes.txt") << "hello";
     auto notVideo = run("new --template 'Full Screen' --video " + quoted(folder / "notes.txt") + " --out " + quoted(document));
     EXPECT_EQ(notVideo.exitCode, 1);
-    EXPECT_NE(notVideo.err.find("notes.txt"), std::string::npos);
+    EXPECT_NE(notVideo.standardError.find("notes.txt"), std::string::npos);
 
     ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
     const auto before = fs::file_size(document);
     auto again = run("new --template 'Phone Portrait' --video " + quoted(a) + " --out " + quoted(document));
     EXPECT_EQ(again.exitCode, 1);
-    EXPECT_NE(again.err.find("--force"), std::string::npos);
+    EXPECT_NE(again.standardError.find("--force"), std::string::npos);
     EXPECT_EQ(fs::file_size(document), before);
 
     auto notDocument = run("info " + quoted(folder / "notes.txt"));
     EXPECT_EQ(notDocument.exitCode, 1);
-    EXPECT_NE(notDocument.err.find("notes.txt"), std::string::npos);
+    EXPECT_NE(notDocument.standardError.find("notes.txt"), std::string::npos);
 }
 
 TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
@@ -139,8 +116,8 @@ TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
 
     auto mp4 = folder / "promo.mp4";
     auto exported = run("export " + quoted(document) + " --size 144x256 --out " + quoted(mp4));
-    ASSERT_EQ(exported.exitCode, 0) << exported.err;
-    EXPECT_EQ(exported.out, mp4.string() + "\n");
+    ASSERT_EQ(exported.exitCode, 0) << exported.standardError;
+    EXPECT_EQ(exported.standardOutput, mp4.string() + "\n");
     FLKAsset movie(mp4.string());
     ASSERT_TRUE(movie.hasVideo() && movie.hasAudio()) << movie.failureReason();
     EXPECT_NEAR(movie.duration(), 1.0, 0.1);
@@ -148,7 +125,7 @@ TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
 
     auto gif = folder / "promo.gif";
     auto gifRun = run("export " + quoted(document) + " --size 90x160 --gif-fps 10 --out " + quoted(gif));
-    ASSERT_EQ(gifRun.exitCode, 0) << gifRun.err;
+    ASSERT_EQ(gifRun.exitCode, 0) << gifRun.standardError;
     FLKAsset animation(gif.string());
     ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
     EXPECT_NEAR(animation.duration(), 1.0, 0.15);
@@ -159,10 +136,10 @@ TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissin
     auto mp4 = folder / "store.mp4";
     auto exported = run("export 'Phone Portrait' --video " + quoted(a) + " --preset 'App Preview Phone Portrait' --out " +
                         quoted(mp4) + " --quiet");
-    ASSERT_EQ(exported.exitCode, 0) << exported.err;
-    EXPECT_NE(exported.err.find("warning:"), std::string::npos);
-    EXPECT_NE(exported.err.find("\"Full Screen\""), std::string::npos) << exported.err;
-    EXPECT_NE(exported.err.find("too short"), std::string::npos) << exported.err;
+    ASSERT_EQ(exported.exitCode, 0) << exported.standardError;
+    EXPECT_NE(exported.standardError.find("warning:"), std::string::npos);
+    EXPECT_NE(exported.standardError.find("\"Full Screen\""), std::string::npos) << exported.standardError;
+    EXPECT_NE(exported.standardError.find("too short"), std::string::npos) << exported.standardError;
     FLKAsset movie(mp4.string());
     ASSERT_TRUE(movie.hasVideo());
     EXPECT_EQ(movie.videoTrack()->naturalSize.width, 1080);
@@ -171,11 +148,11 @@ TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissin
     auto nowhere = run("export 'Full Screen' --video " + quoted(a) + " --size 64x64 --out " +
                        quoted(folder / "missing" / "x.mp4"));
     EXPECT_EQ(nowhere.exitCode, 1);
-    EXPECT_NE(nowhere.err.find("missing"), std::string::npos);
+    EXPECT_NE(nowhere.standardError.find("missing"), std::string::npos);
     EXPECT_FALSE(fs::exists(folder / "missing"));
 
     auto empty = run("export 'Full Screen' --size 64x64 --out " + quoted(folder / "empty.mp4"));
     EXPECT_EQ(empty.exitCode, 1);
-    EXPECT_NE(empty.err.find("--video"), std::string::npos);
+    EXPECT_NE(empty.standardError.find("--video"), std::string::npos);
     EXPECT_FALSE(fs::exists(folder / "empty.mp4"));
 }

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,26 +7,14 @@
 
 #include "core/media/FLKAsset.h"
 #include "core/media/FLKAssetImageGenerator.h"
+#include "support/FLKProgramRun.h"
 
 namespace {
 namespace fs = std::filesystem;
 
-struct Result {
-    int exitCode = -1;
-    std::string output;
-};
+using flk::testing::ProgramRun;
 
-Result runTool(const std::string& arguments) {
-    std::string command = std::string(FLK_RECORDING_TOOL_PATH) + " " + arguments + " 2>&1";
-    Result result;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return result;
-    std::array<char, 512> chunk;
-    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.output.append(chunk.data(), n);
-    int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
+ProgramRun runTool(const std::string& arguments) { return flk::testing::runProgram(FLK_RECORDING_TOOL_PATH, arguments); }
 
 // Mean absolute RGB difference over rows [top, bottom).
 double meanDifference(const FLKImage& a, const FLKImage& b, int top, int bottom) {
@@ -55,8 +41,8 @@ protected:
 
 TEST_F(FLKRecordingToolTest, WritesAShortPortraitClipWhoseListScrolls) {
     const fs::path out = folder / "clip.mp4";
-    Result result = runTool(out.string() + " --size 270x480 --duration 1 --seed 7");
-    ASSERT_EQ(result.exitCode, 0) << result.output;
+    ProgramRun result = runTool(out.string() + " --size 270x480 --duration 1 --seed 7");
+    ASSERT_EQ(result.exitCode, 0) << result.output();
 
     auto asset = FLKAsset::assetWithPath(out.string());
     ASSERT_TRUE(asset->isReadable()) << asset->failureReason();
@@ -78,17 +64,17 @@ TEST_F(FLKRecordingToolTest, WritesAShortPortraitClipWhoseListScrolls) {
 
 TEST_F(FLKRecordingToolTest, RefusesBadRequestsAndLeavesNoFileBehind) {
     const fs::path out = folder / "clip.mp4";
-    Result odd = runTool(out.string() + " --size 271x480 --duration 1");
+    ProgramRun odd = runTool(out.string() + " --size 271x480 --duration 1");
     EXPECT_EQ(odd.exitCode, 1);
-    EXPECT_NE(odd.output.find("even"), std::string::npos) << odd.output;
+    EXPECT_NE(odd.output().find("even"), std::string::npos) << odd.output();
 
-    Result unknown = runTool(out.string() + " --speed 2");
+    ProgramRun unknown = runTool(out.string() + " --speed 2");
     EXPECT_EQ(unknown.exitCode, 2);
-    EXPECT_NE(unknown.output.find("--speed"), std::string::npos) << unknown.output;
+    EXPECT_NE(unknown.output().find("--speed"), std::string::npos) << unknown.output();
 
-    Result missingFolder = runTool((folder / "missing" / "clip.mp4").string() + " --size 64x64 --duration 0.2");
+    ProgramRun missingFolder = runTool((folder / "missing" / "clip.mp4").string() + " --size 64x64 --duration 0.2");
     EXPECT_EQ(missingFolder.exitCode, 1);
-    EXPECT_NE(missingFolder.output.find("missing/clip.mp4"), std::string::npos) << missingFolder.output;
+    EXPECT_NE(missingFolder.output().find("missing/clip.mp4"), std::string::npos) << missingFolder.output();
 
     EXPECT_TRUE(fs::is_empty(folder));
 }
