@@ -26,23 +26,24 @@ std::shared_ptr<FLKShapeEditable> FLKSelectionWidgetViewModel::shapeEditableSpri
 }
 
 void FLKSelectionWidgetViewModel::canvasViewDidReceiveMouseDownEvent(FLKCanvasView*, const FLKEvent& event) {
+    const bool extending = event.modifierFlags & FLKEventModifierFlagShift;
+    // The frame shows the open hand anywhere over the selection, so a press
+    // there keeps the whole group for the drag, even under artwork drawn on
+    // top of it (a device frame over its screen).
+    if (!extending && selection_->hitTest(event.sceneLocation)) return;
     auto object = interactableObjectAtLocation(scene_.lock(), event.sceneLocation);
     if (!object) {
-        if (!(event.modifierFlags & FLKEventModifierFlagShift)) deselectAll();
+        if (!extending) deselectAll();
         return;
     }
-    if (event.modifierFlags & FLKEventModifierFlagShift) {
-        if (selection_->containsObject(object)) {
-            selection_->removeObject(object);
-        } else {
-            selection_->addObject(object);
-        }
-        didChangeProperty("selectedObjects");
-        updateWidget();
-        return;
+    if (!extending) return selectObject(object);
+    if (selection_->containsObject(object)) {
+        selection_->removeObject(object);
+    } else {
+        selection_->addObject(object);
     }
-    // A click on a selected object keeps the group, so a drag moves all of it.
-    if (!selection_->containsObject(object)) selectObject(object);
+    didChangeProperty("selectedObjects");
+    updateWidget();
 }
 
 FLKObject::Ptr FLKSelectionWidgetViewModel::interactableObjectAtLocation(const std::shared_ptr<FLKObject>& scene,

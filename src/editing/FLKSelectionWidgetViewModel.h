@@ -9,9 +9,9 @@
 #include "editing/FLKWidgetViewModel.h"
 
 // Click to select: the topmost interactable object under the pointer becomes
-// the selection, a click on empty canvas clears it, and Shift adds or removes
-// one object. The selection is shared with the selection-editing widget.
-// Main thread only.
+// the selection, a click inside the selection keeps it, a click on empty
+// canvas clears it, and Shift adds or removes one object. The selection is
+// shared with the selection-editing widget. Main thread only.
 class FLKSelectionWidgetViewModel : public FLKWidgetViewModel {
 public:
     // The scene is held weakly: a closed document's scene goes away.
