@@ -1,15 +1,22 @@
 #include "cli/FrameCommand.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <sstream>
+#include <thread>
 
 #include "cli/SceneFile.h"
+#include "core/media/FLKAsset.h"
 #include "core/media/FLKImageIO.h"
 #include "core/render/FLKOffScreenRenderer.h"
+#include "core/scene/FLKTimelineVideoSprite.h"
+#include "core/scene/FLKVideoContainer.h"
+#include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoBufferManager.h"
 
 namespace {
 // Keeps the one frame the renderer hands over.
@@ -66,6 +73,66 @@ std::optional<FLKRect> parseFrame(const std::string& text) {
     return FLKRect{x, y, w, h};
 }
 
+std::string seconds(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f s", value);
+    return text;
+}
+
+// Why the recording cannot be shown at `time`, or nothing.
+std::optional<std::string> problemWithVideo(const std::filesystem::path& url, double time) {
+    std::error_code code;
+    if (!std::filesystem::is_regular_file(url, code)) return "the video " + url.string() + " does not exist.";
+    FLKAsset asset(url.string());
+    if (!asset.isReadable()) return "the video " + url.string() + " cannot be read: " + asset.failureReason();
+    if (!asset.hasVideo() || !(asset.duration() > 0)) return "the file " + url.string() + " holds no video.";
+    if (!std::isfinite(time) || time < 0) return "--time must be a number of seconds from 0.";
+    if (time > asset.duration()) {
+        return "--time " + seconds(time) + " is past the end of " + url.string() + ", which lasts " +
+               seconds(asset.duration()) + ".";
+    }
+    return std::nullopt;
+}
+
+// Waits until the segment reader holding `time` has got that far; false when
+// no frame was decoded there (or decoding never ends).
+bool waitForDecodedFrame(const FLKTimelineVideoTrack& track, double time) {
+    auto clip = track.clipAtTime(time);
+    auto manager = track.bufferManagers().video;
+    if (!clip || !manager) return false;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    while (!track.hasTextureAtTime(time)) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    auto reader = std::dynamic_pointer_cast<FLKVideoBufferSampleReader>(manager->bufferForClip(clip, time));
+    return reader && reader->sampleTextureForClip(clip, time);
+}
+
+// Lays the recording on a timeline of its own mapped onto the scene's screen,
+// at `time`, and waits until that frame is decoded. The timeline must outlive
+// the rendering: the screen's video holds its track weakly.
+std::shared_ptr<FLKTimeline> timelineShowingVideo(const std::filesystem::path& url, double time,
+                                                  const std::shared_ptr<FLKScene>& scene, std::string* problem) {
+    auto container = scene->childWithClass<FLKVideoContainer>();
+    if (!container) {
+        *problem = "the scene has no video container to show " + url.string() + " in.";
+        return nullptr;
+    }
+    // A screen showing a file of its own is given a timeline's video instead.
+    if (!std::dynamic_pointer_cast<FLKTimelineVideoSprite>(container->video())) container->setVideo(nullptr);
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    auto track = timeline->createVideoTrack();
+    track->addClip(track->createClipWithVideoURL(url));
+    timeline->mapScene(scene);
+    timeline->setCurrentTime(time);
+    if (!waitForDecodedFrame(*track, time)) {
+        *problem = "no frame of " + url.string() + " could be decoded at " + seconds(time) + ".";
+        return nullptr;
+    }
+    return timeline;
+}
+
 int fail(const std::string& message) {
     std::fprintf(stderr, "flickwell-cli: %s\n", message.c_str());
     return 1;
@@ -79,13 +146,20 @@ void FrameCommand::add(CLI::App& app, int& exitCode) {
     sub->add_option("--out,-o", command->outputURL_, "PNG file to write")->required();
     sub->add_option("--size", command->size_, "Output size WxH (default: the frame's size)");
     sub->add_option("--frame", command->frame_, "Part of the scene X,Y,W,H (default: the main camera's frame)");
+    auto* video = sub->add_option("--video", command->videoURL_, "Recording shown on the scene's screen");
+    sub->add_option("--time", command->time_, "Moment of the recording in seconds (default 0)")->needs(video);
     sub->callback([command, &exitCode] { exitCode = command->run(); });
 }
 
+std::shared_ptr<FLKScene> FrameCommand::loadScene(FLKError* error) const { return SceneFile::load(sceneURL_, error); }
+
 int FrameCommand::run() const {
     FLKError error;
-    auto scene = SceneFile::load(sceneURL_, &error);
+    auto scene = loadScene(&error);
     if (!scene) return fail(error.fullMessage());
+    if (!videoURL_.empty()) {
+        if (auto problem = problemWithVideo(videoURL_, time_)) return fail(*problem);
+    }
 
     FLKRect renderFrame = scene->mainCamera()->frame();
     if (!frame_.empty()) {
@@ -105,6 +179,12 @@ int FrameCommand::run() const {
 
     auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, renderFrame, 30, 1, outputSize);
     if (!renderer) return fail("OpenGL 4.5 not supported: no frame can be rendered.");
+    std::shared_ptr<FLKTimeline> timeline;
+    if (!videoURL_.empty()) {
+        std::string problem;
+        timeline = timelineShowingVideo(videoURL_, time_, renderer->renderedScene(), &problem);
+        if (!timeline) return fail(problem);
+    }
     auto output = std::make_shared<SingleFrameOutput>();
     renderer->setRenderOutput(output);
     renderer->renderAllFrames();

@@ -6,9 +6,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "core/media/FLKImageIO.h"
+#include "core/media/FLKSyntheticVideo.h"
 
 namespace {
 namespace fs = std::filesystem;
@@ -116,6 +119,77 @@ TEST_F(FLKFrameCommandTest, BadInputFailsWithAMessageNamingTheFileAndNoOutput) {
     Result badSize = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() + " --size 0x5");
     EXPECT_NE(badSize.exitCode, 0);
     EXPECT_NE(badSize.output.find("--size"), std::string::npos) << badSize.output;
+    EXPECT_FALSE(fs::exists(out));
+}
+
+// A 320 x 240 scene whose screen fills the camera frame.
+const char* kScreenScene = R"({
+  "className": "FLKScene", "identifier": "S", "zOrder": 0,
+  "mainCamera": {"className": "FLKCamera", "identifier": "C", "zOrder": 0,
+                 "frame": {"X": 0, "Y": 0, "Width": 320, "Height": 240}},
+  "children": [
+    {"className": "FLKVideoContainer", "identifier": "V", "zOrder": 1,
+     "plane": {"className": "FLKPlane", "points": [{"X": 0, "Y": 0}, {"X": 320, "Y": 0},
+                                                   {"X": 320, "Y": 240}, {"X": 0, "Y": 240}]}}
+  ]
+})";
+
+// The frame number a rendered picture of a numbered recording shows.
+std::optional<uint32_t> numberInPicture(const FLKImage& image) {
+    std::vector<uint8_t> grey(static_cast<size_t>(image.width) * image.height);
+    for (size_t i = 0; i < grey.size(); ++i) grey[i] = image.rgba[i * 4 + 1];
+    return FLKSyntheticVideo::numberInLuma(grey.data(), image.width, image.width, image.height);
+}
+
+class FLKFrameCommandVideoTest : public FLKFrameCommandTest {
+protected:
+    void SetUp() override {
+        FLKFrameCommandTest::SetUp();
+        writeText(folder / "screen.json", kScreenScene);
+        FLKSyntheticVideo::Options options;
+        options.frameCount = 60;  // two seconds
+        ASSERT_TRUE(FLKSyntheticVideo::writeVideo((folder / "numbered.mp4").string(), options));
+    }
+    Result frameAt(const std::string& time, const fs::path& out, const std::string& scene = "screen.json") {
+        return runCLI("frame " + (folder / scene).string() + " --out " + out.string() + " --video " +
+                      (folder / "numbered.mp4").string() + " --time " + time);
+    }
+};
+
+// Half a frame past frames 0, 31 and 59: the picture carries that number.
+TEST_F(FLKFrameCommandVideoTest, TheScreenShowsTheRecordingsFrameAtTheTime) {
+    for (auto [time, number] : {std::pair{"0.0166", 0u}, {"1.05", 31u}, {"1.9833", 59u}}) {
+        auto out = folder / ("at-" + std::string(time) + ".png");
+        Result result = frameAt(time, out);
+        ASSERT_EQ(result.exitCode, 0) << result.output;
+        auto image = flk::readImage(out);
+        ASSERT_TRUE(image);
+        ASSERT_EQ(image->width, 320);
+        EXPECT_EQ(numberInPicture(*image), number) << "at " << time;
+    }
+}
+
+TEST_F(FLKFrameCommandVideoTest, ATimeOutsideTheRecordingOrNoScreenIsAClearError) {
+    auto out = folder / "never.png";
+    Result late = frameAt("2.5", out);
+    EXPECT_NE(late.exitCode, 0);
+    EXPECT_NE(late.output.find("past the end of " + (folder / "numbered.mp4").string()), std::string::npos)
+        << late.output;
+    EXPECT_NE(late.output.find("2.000 s"), std::string::npos) << late.output;
+
+    Result early = frameAt("-1", out);
+    EXPECT_NE(early.exitCode, 0);
+    EXPECT_NE(early.output.find("--time"), std::string::npos) << early.output;
+
+    Result noScreen = frameAt("1", out, "scene.json");
+    EXPECT_NE(noScreen.exitCode, 0);
+    EXPECT_NE(noScreen.output.find("no video container"), std::string::npos) << noScreen.output;
+
+    Result missing = runCLI("frame " + (folder / "screen.json").string() + " --out " + out.string() +
+                            " --video " + (folder / "gone.mp4").string());
+    EXPECT_NE(missing.exitCode, 0);
+    EXPECT_NE(missing.output.find((folder / "gone.mp4").string() + " does not exist"), std::string::npos)
+        << missing.output;
     EXPECT_FALSE(fs::exists(out));
 }
 }  // namespace

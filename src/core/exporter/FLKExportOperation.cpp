@@ -125,11 +125,10 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
                                      "OpenGL 4.5 not supported."));
         return;
     }
-    // The renderer steps its own copy of the timeline; the tracks themselves are
-    // shared, the editor's playback being paused while an export runs.
-    auto renderTimeline = FLKTimeline::timelineWithTimer(renderer->clock());
+    // The renderer steps its own copy of the timeline, with segment readers of
+    // its own: the editor's play head and buffers stay as they are.
+    auto renderTimeline = timeline_->copyWithTimer(renderer->clock());
     renderTimeline->setName("Offscreen Master");
-    renderTimeline->setTracks(timeline_->tracks());
     renderTimeline->setCurrentTime(0);
     renderTimeline->mapScene(renderer->renderedScene());
     renderTimeline->play();

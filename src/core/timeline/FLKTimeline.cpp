@@ -66,16 +66,40 @@ FLKTimeline::Tracks FLKTimeline::tracks() const {
     return tracks_;
 }
 
+namespace {
+// Video tracks get managers of their own, made the way the original's were.
+std::shared_ptr<FLKTimelineTrack> copyOfTrack(const FLKTimelineTrack& track) {
+    FLKTimelineTrack::Clips clips;
+    for (const auto& clip : track.clips()) clips.push_back(clip->copy());
+    std::shared_ptr<FLKTimelineTrack> copy;
+    if (auto video = dynamic_cast<const FLKTimelineVideoTrack*>(&track)) {
+        copy = std::make_shared<FLKTimelineVideoTrack>(track.identifier(), video->bufferManagersFactory());
+    } else {
+        copy = std::make_shared<FLKTimelineTrack>(track.identifier());
+        copy->setReady(track.isReady());
+    }
+    copy->setClips(clips);
+    return copy;
+}
+}  // namespace
+
 std::shared_ptr<FLKTimeline> FLKTimeline::copyWithTimer(std::weak_ptr<FLKUpdatableTimer> timer) const {
     auto copy = timelineWithTimer(std::move(timer));
-    copy->setName(name_);
-    for (const auto& track : tracks()) {
-        if (!std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) continue;
-        FLKTimelineTrack::Clips clips;
-        for (const auto& clip : track->clips()) clips.push_back(clip->copy());
-        copy->createVideoTrack()->setClips(clips);
-    }
+    copy->setName(name());
+    Tracks tracks;
+    for (const auto& track : this->tracks()) tracks.push_back(copyOfTrack(*track));
+    copy->setTracks(tracks);
     return copy;
+}
+
+std::string FLKTimeline::name() const {
+    std::lock_guard lock(mutex_);
+    return name_;
+}
+
+void FLKTimeline::setName(std::string name) {
+    std::lock_guard lock(mutex_);
+    name_ = std::move(name);
 }
 
 std::shared_ptr<FLKTimelineVideoTrack> FLKTimeline::createVideoTrack() {

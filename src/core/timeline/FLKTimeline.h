@@ -40,9 +40,10 @@ public:
 
     FLKTimeline(Passkey, std::string identifier, std::weak_ptr<FLKUpdatableTimer> timer);
 
-    // A new timeline (fresh identifier) with copies of this one's video
-    // tracks and their clips, driven by `timer`: what an export plays so the
-    // editor's timeline is never touched.
+    // A new timeline (fresh identifier) with copies of this one's tracks and
+    // their clips, driven by `timer`: what an export plays so the editor's
+    // timeline is never touched. Video tracks get buffer managers of their own.
+    // Any thread.
     std::shared_ptr<FLKTimeline> copyWithTimer(std::weak_ptr<FLKUpdatableTimer> timer) const;
 
     // Attached to the display clock.
@@ -51,8 +52,8 @@ public:
     std::string className() const override { return "FLKTimeline"; }
 
     const std::string& identifier() const { return identifier_; }
-    const std::string& name() const { return name_; }
-    void setName(std::string name) { name_ = std::move(name); }
+    std::string name() const;
+    void setName(std::string name);
     bool isEqual(const FLKTimeline& other) const { return identifier_ == other.identifier_; }
     size_t hash() const { return std::hash<std::string>{}(identifier_); }
 
@@ -98,7 +99,7 @@ private:
     void notifyTracksObservers();
 
     const std::string identifier_;
-    std::string name_ = "Master";  // main thread only
+    std::string name_ = "Master";  // guarded by mutex_
     mutable std::mutex mutex_;
     Tracks tracks_;                          // guarded by mutex_
     std::weak_ptr<FLKUpdatableTimer> timer_;  // guarded by mutex_

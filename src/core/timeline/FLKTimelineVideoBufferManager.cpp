@@ -105,6 +105,7 @@ void FLKTimelineVideoBufferManager::startBufferingForClip(const std::shared_ptr<
     if (!videoClip) return;
     std::lock_guard lock(mutex_);
     rememberRequestLocked(videoClip, t);
+    resetCancelledBuffersLocked(videoClip, t);
     auto reader = readableBufferLocked(videoClip, t);
     if (!reader) return;
     if (currentBuffer_) {
@@ -113,6 +114,22 @@ void FLKTimelineVideoBufferManager::startBufferingForClip(const std::shared_ptr<
     }
     reader->readWithFinishedBlock();
     currentBuffer_ = std::move(reader);
+}
+
+void FLKTimelineVideoBufferManager::resetCancelledBuffersLocked(const std::shared_ptr<FLKVideoClip>& clip, double t) {
+    const Readers* readers = readersLocked(clip);
+    if (!readers) return;
+    const double mediaTime = clip->clipTimeForTimelineTime(t);
+    for (const auto& reader : *readers) {
+        const FLKTimeRange range = reader->readRange();
+        const FLKTimeRange trigger{range.start - bufferingMarginTime_, range.end + bufferingMarginTime_};
+        // Resetting a back buffer that was still reading only cancels it; once
+        // its job has ended it can be reset for real and read again.
+        if (reader->status() == FLKVideoSampleReader::kCancelled && !reader->isBuffering() &&
+            trigger.containsTime(mediaTime)) {
+            reader->reset();
+        }
+    }
 }
 
 void FLKTimelineVideoBufferManager::rememberRequestLocked(const std::shared_ptr<FLKVideoClip>& clip, double t) {

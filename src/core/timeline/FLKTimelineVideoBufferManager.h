@@ -59,6 +59,7 @@ private:
     std::shared_ptr<FLKVideoBufferSampleReader> readableBufferLocked(const std::shared_ptr<FLKVideoClip>& clip,
                                                                      double t) const;
     void rememberRequestLocked(const std::shared_ptr<FLKVideoClip>& clip, double t);
+    void resetCancelledBuffersLocked(const std::shared_ptr<FLKVideoClip>& clip, double t);
     void resetFirstBackBufferIfNecessaryLocked();
 
     static constexpr size_t kRememberedRequests = 4;

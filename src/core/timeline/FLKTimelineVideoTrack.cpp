@@ -12,13 +12,9 @@ namespace {
 std::mutex gFactoryMutex;
 FLKTimelineVideoTrack::BufferManagersFactory gFactory;  // guarded by gFactoryMutex
 
-FLKTimelineVideoTrack::BufferManagers makeBufferManagers(FLKTimelineVideoTrack& track) {
-    FLKTimelineVideoTrack::BufferManagersFactory factory;
-    {
-        std::lock_guard lock(gFactoryMutex);
-        factory = gFactory;
-    }
-    return factory ? factory(track) : FLKTimelineVideoTrack::BufferManagers{};
+FLKTimelineVideoTrack::BufferManagersFactory installedFactory() {
+    std::lock_guard lock(gFactoryMutex);
+    return gFactory;
 }
 
 template <class Format, class... Args>
@@ -36,7 +32,12 @@ void FLKTimelineVideoTrack::setBufferManagersFactory(BufferManagersFactory facto
 }
 
 FLKTimelineVideoTrack::FLKTimelineVideoTrack(std::string identifier)
-    : FLKTimelineTrack(std::move(identifier)), managers_(makeBufferManagers(*this)) {
+    : FLKTimelineVideoTrack(std::move(identifier), installedFactory()) {}
+
+FLKTimelineVideoTrack::FLKTimelineVideoTrack(std::string identifier, BufferManagersFactory factory)
+    : FLKTimelineTrack(std::move(identifier)),
+      managersFactory_(std::move(factory)),
+      managers_(managersFactory_ ? managersFactory_(*this) : BufferManagers{}) {
     setBufferWidth(kDefaultBufferWidth);
     setBufferingMarginTime(kDefaultBufferingMarginTime);
 }
@@ -237,7 +238,26 @@ std::shared_ptr<FLKGPUTexture> FLKTimelineVideoTrack::texture() const {
 
 bool FLKTimelineVideoTrack::isReady() const {
     if (clips().empty()) return true;
-    return hasTextureAtTime(std::min(currentTime() + bufferingMarginTime() * 0.5, duration()));
+    const double t = std::min(currentTime() + bufferingMarginTime() * 0.5, duration());
+    if (hasTextureAtTime(t) || !expectsTextureAtTime(t)) return true;
+    // Nothing else asks for frames while the timeline waits: a segment whose
+    // read was cut short by a reset must be asked for again from here.
+    bufferIfNeededAtTime(currentTime());
+    return false;
+}
+
+bool FLKTimelineVideoTrack::expectsTextureAtTime(double t) const {
+    auto clip = clipAtTime(t);
+    if (auto transition = std::dynamic_pointer_cast<FLKVideoTransitionClip>(clip)) {
+        if (!managers_.transition || !managers_.video) return false;
+        for (const auto& identifier : {transition->fromVideoClipIdentifier(), transition->toVideoClipIdentifier()}) {
+            auto joined = clipWithIdentifier(identifier);
+            if (!joined || !managers_.video->bufferForClip(joined, t)) return false;
+        }
+        return true;
+    }
+    auto manager = bufferManagerForClip(clip);
+    return manager && manager->bufferForClip(clip, t);
 }
 
 void FLKTimelineVideoTrack::setCurrentTime(double t) {
@@ -253,7 +273,7 @@ void FLKTimelineVideoTrack::removeBuffersForClip(const std::shared_ptr<FLKTimeli
     if (auto manager = bufferManagerForClip(clip)) manager->removeBuffersForClip(clip);
 }
 
-void FLKTimelineVideoTrack::bufferIfNeededAtTime(double t) {
+void FLKTimelineVideoTrack::bufferIfNeededAtTime(double t) const {
     auto clip = clipAtTime(t);
     if (!clip) return;
     if (auto manager = bufferManagerForClip(clip)) manager->startBufferingForClip(clip, t);

@@ -35,7 +35,9 @@ public:
     static constexpr double kDefaultBufferWidth = 5.0;
     static constexpr double kDefaultBufferingMarginTime = 2.5;
 
+    // With the managers of the installed factory.
     explicit FLKTimelineVideoTrack(std::string identifier);
+    FLKTimelineVideoTrack(std::string identifier, BufferManagersFactory factory);
 
     static std::shared_ptr<FLKTimelineVideoTrack> newWithDictionary(const FLKJSON& dictionary);
     std::string className() const override { return "FLKTimelineVideoTrack"; }
@@ -47,6 +49,8 @@ public:
     double bufferingMarginTime() const { return bufferingMarginTime_; }
     void setBufferingMarginTime(double seconds);
     const BufferManagers& bufferManagers() const { return managers_; }
+    // What made this track's managers: a copy of the track gets its own from it.
+    const BufferManagersFactory& bufferManagersFactory() const { return managersFactory_; }
 
     std::vector<std::shared_ptr<FLKVideoClip>> videoClips() const;
     std::vector<std::shared_ptr<FLKVideoTransitionClip>> transitionClips() const;
@@ -85,9 +89,13 @@ public:
     void refreshTexture() override;
     std::shared_ptr<FLKGPUTexture> texture() const override;
 
-    // A frame must be available a little ahead of the play head. A track
-    // without clips has nothing to wait for.
+    // A frame must be available a little ahead of the play head. Nothing is
+    // waited for where no reader could ever provide one: no clips, a
+    // placeholder, a file without segments, a track without buffer managers.
     bool isReady() const override;
+    // Whether a reader exists that can provide the frame at t (for a
+    // transition, one for each clip it joins).
+    bool expectsTextureAtTime(double t) const;
     void setCurrentTime(double t) override;
 
 private:
@@ -95,11 +103,13 @@ private:
     std::shared_ptr<FLKVideoSampleReader> readerAtTime(double t, std::shared_ptr<FLKTimelineClip>* clipOut) const;
     void createBuffersForClip(const std::shared_ptr<FLKTimelineClip>& clip);
     void removeBuffersForClip(const std::shared_ptr<FLKTimelineClip>& clip);
-    void bufferIfNeededAtTime(double t);
+    // Asks the managers to read around t; they guard themselves.
+    void bufferIfNeededAtTime(double t) const;
 
     std::atomic<uint64_t> createdCounter_{0};
     std::atomic<double> bufferWidth_{kDefaultBufferWidth};
     std::atomic<double> bufferingMarginTime_{kDefaultBufferingMarginTime};
+    const BufferManagersFactory managersFactory_;  // immutable
     const BufferManagers managers_;  // set at creation; the managers guard themselves
     mutable std::mutex textureMutex_;
     std::shared_ptr<FLKGPUTexture> lastTexture_;  // guarded by textureMutex_

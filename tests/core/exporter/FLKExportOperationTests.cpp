@@ -16,7 +16,9 @@
 #include "core/scene/FLKPlane.h"
 #include "core/scene/FLKScene.h"
 #include "core/timeline/FLKPlaceholderClip.h"
+#include "core/scene/FLKVideoContainer.h"
 #include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoBufferManager.h"
 
 namespace fs = std::filesystem;
 
@@ -282,4 +284,54 @@ TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
     file.read(signature, 6);
     EXPECT_EQ(std::string(signature, 6), "GIF89a");
     EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+}
+
+// A recording on the editor's timeline is exported through a copy of that
+// timeline with readers of its own: the file shows the recording's frames in
+// order, and the editor's play head stays where it was.
+TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
+    const fs::path recording = folder / "numbered.mp4";
+    FLKSyntheticVideo::Options options;
+    options.frameCount = 30;
+    ASSERT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
+
+    const FLKRect frame{0, 0, 320, 240};
+    auto scene = std::make_shared<FLKScene>();
+    scene->setMainCamera(FLKCamera::cameraWithFrame(frame));
+    scene->addChild(FLKVideoContainer::videoContainerWithFrame(frame));
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    auto track = timeline->createVideoTrack();
+    track->addClip(track->createClipWithVideoURL(recording));
+    timeline->mapScene(scene);
+    timeline->setCurrentTime(0.5);
+
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    const fs::path destination = folder / "video.mp4";
+    auto operation = FLKExportOperation::operationWithScene(*scene, timeline, FLKExportTypeMP4, destination, frame,
+                                                            frame.size, 30);
+    queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
+    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
+    EXPECT_DOUBLE_EQ(track->currentTime(), 0.5);
+    const auto movie = flktest::probeMovie(destination, 30);
+    ASSERT_EQ(movie.videoPackets, 30);
+    ASSERT_EQ(movie.firstNumbers.size(), 30u);
+    // Frame k of the file is rendered at (k + 1) / 30 s, where the decoded
+    // frame k (one period away, first in ring order) or k + 1 answers. The
+    // last one is rendered at the end, which stops the timeline where it stood.
+    uint32_t previous = 0;
+    for (uint32_t k = 0; k < 30; ++k) {
+        ASSERT_TRUE(movie.firstNumbers[k]) << "frame " << k << " shows no number";
+        const uint32_t shown = *movie.firstNumbers[k];
+        const uint32_t lowest = k == 29 ? 28 : k;
+        EXPECT_TRUE(shown >= lowest && shown <= k + 1) << "frame " << k << " shows " << shown;
+        EXPECT_GE(shown, previous) << "frame " << k;
+        previous = shown;
+    }
+    FLKTimelineVideoTrack::setBufferManagersFactory({});
 }

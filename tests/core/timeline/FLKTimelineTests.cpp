@@ -13,6 +13,7 @@
 #include "core/scene/FLKScene.h"
 #include "core/scene/FLKTimelineVideoSprite.h"
 #include "core/scene/FLKVideoContainer.h"
+#include "core/timeline/FLKPlaceholderClip.h"
 #include "core/timeline/FLKTimeline.h"
 #include "core/timeline/FLKTimelineQuery.h"
 #include "core/timeline/FLKTimelineTestSupport.h"
@@ -170,6 +171,43 @@ TEST(FLKTimeline, MappingASceneFeedsItsVideoSpriteFromTheFirstTrack) {
     other->mapScene(scene);  // the sprite already there is reused
     EXPECT_EQ(container->video(), sprite);
     EXPECT_EQ(sprite->provider(), track);
+}
+
+// What an export plays: every track copied, video tracks with managers of
+// their own, so playing the copy leaves the original's play head and buffers.
+TEST_F(PlaybackTest, ACopyPlaysWithoutTouchingTheOriginal) {
+    auto other = std::make_shared<FLKTimelineTrack>("other");
+    other->addClip(std::make_shared<FLKPlaceholderClip>("P", FLKTimeRange{0, 3}));
+    timeline->addTrack(other);
+    timeline->setCurrentTime(1.5);
+    video->buffering.clear();
+
+    auto copyClock = std::make_shared<FLKFrameByFrameClock>(10, 30);
+    auto copy = timeline->copyWithTimer(copyClock);
+    EXPECT_FALSE(copy->isEqual(*timeline));
+    EXPECT_EQ(copy->timer(), copyClock);
+    EXPECT_DOUBLE_EQ(copy->duration(), 3.0);
+    const auto tracks = copy->tracks();
+    ASSERT_EQ(tracks.size(), 2u);
+    auto copiedVideo = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(tracks[0]);
+    ASSERT_TRUE(copiedVideo);
+    EXPECT_NE(copiedVideo, track);
+    EXPECT_EQ(copiedVideo->clips().size(), 1u);
+    EXPECT_TRUE(flk::sameClip(copiedVideo->clips()[0], track->clips()[0]));
+    ASSERT_EQ(managers.videoManagers.size(), 2u);
+    EXPECT_EQ(copiedVideo->bufferManagers().video, managers.videoManagers[1]);
+    EXPECT_EQ(tracks[1]->className(), "FLKTimelineTrack");
+    EXPECT_EQ(tracks[1]->clips().size(), 1u);
+
+    managers.videoManagers[1]->setAvailable({{0, 10}});
+    copy->setCurrentTime(0);
+    copy->play();
+    for (int i = 0; i < 10; ++i) ASSERT_TRUE(copyClock->tick());
+    EXPECT_DOUBLE_EQ(copy->currentTime(), 0.9);
+    EXPECT_DOUBLE_EQ(timeline->currentTime(), 1.5);
+    EXPECT_DOUBLE_EQ(track->currentTime(), 1.5);
+    EXPECT_TRUE(video->buffering.empty());
+    copy->pause();
 }
 
 TEST_F(PlaybackTest, PlaysToTheEndAndStops) {
