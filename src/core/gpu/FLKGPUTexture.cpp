@@ -28,6 +28,11 @@ void clearGLErrors() {
     }
 }
 
+// Always a sized GL_RGBA8 (or smaller) image, BGRA bytes converted on upload.
+// Keeping BGRA storage (an unsized RGBA image given BGRA bytes) lets llvmpipe
+// draw a BGRA texture into a BGRA target on its "linear" fast path, which in
+// Mesa 22.3 blends fully covered 64 x 64 tiles wrongly: what is behind comes
+// out multiplied by itself where the texels are transparent.
 GLuint createStorage(int width, int height, FLKPixelFormat format) {
     GLuint name = 0;
     glCreateTextures(GL_TEXTURE_2D, 1, &name);
@@ -37,6 +42,49 @@ GLuint createStorage(int width, int height, FLKPixelFormat format) {
     glTextureParameteri(name, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glTextureParameteri(name, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
     return name;
+}
+
+// Grows a rectangle of all-zero 4-byte pixels from the centre of the content,
+// one row or column at a time; a side that meets a non-zero pixel stops for
+// good (a longer row or column there would meet it too).
+std::optional<FLKGPUTexture::TexelRect> transparentRectAroundCentre(const uint8_t* pixels, int stride, int width,
+                                                                   int height) {
+    auto zero = [&](int x, int y) {
+        const uint8_t* p = pixels + static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 4;
+        return (p[0] | p[1] | p[2] | p[3]) == 0;
+    };
+    auto zeroColumn = [&](int x, int y0, int y1) {
+        for (int y = y0; y < y1; ++y) {
+            if (!zero(x, y)) return false;
+        }
+        return true;
+    };
+    auto zeroRow = [&](int y, int x0, int x1) {
+        for (int x = x0; x < x1; ++x) {
+            if (!zero(x, y)) return false;
+        }
+        return true;
+    };
+    if (width <= 0 || height <= 0 || !zero(width / 2, height / 2)) return std::nullopt;
+    FLKGPUTexture::TexelRect r{width / 2, height / 2, width / 2 + 1, height / 2 + 1};
+    bool left = true, right = true, top = true, bottom = true;
+    while (left || right || top || bottom) {
+        if (left && (left = r.x0 > 0 && zeroColumn(r.x0 - 1, r.y0, r.y1))) --r.x0;
+        if (right && (right = r.x1 < width && zeroColumn(r.x1, r.y0, r.y1))) ++r.x1;
+        if (top && (top = r.y0 > 0 && zeroRow(r.y0 - 1, r.x0, r.x1))) --r.y0;
+        if (bottom && (bottom = r.y1 < height && zeroRow(r.y1, r.x0, r.x1))) ++r.y1;
+    }
+    return r;
+}
+
+bool alphaIsFull(const uint8_t* pixels, int stride, int width, int height) {
+    for (int y = 0; y < height; ++y) {
+        const uint8_t* row = pixels + static_cast<size_t>(y) * stride;
+        for (int x = 0; x < width; ++x) {
+            if (row[x * 4 + 3] != 255) return false;
+        }
+    }
+    return true;
 }
 
 uint8_t unpremultiplied(uint8_t c, uint8_t a) {
@@ -91,6 +139,16 @@ std::shared_ptr<FLKGPUTexture> FLKGPUTexture::renderTarget(int width, int height
     return texture;
 }
 
+std::optional<FLKGPUTexture::TexelRect> FLKGPUTexture::transparentRect() const {
+    std::lock_guard lock(mutex_);
+    return transparentRect_;
+}
+
+bool FLKGPUTexture::isOpaque() const {
+    std::lock_guard lock(mutex_);
+    return opaque_;
+}
+
 FLKGPUTexture::~FLKGPUTexture() { FLKContext::releaseObject(FLKContext::ObjectKind::texture, name_); }
 
 // Called with mutex_ held and a context current.
@@ -102,6 +160,9 @@ bool FLKGPUTexture::upload(const uint8_t* pixels, int stride, int contentWidth, 
     if (contentWidth < width_ || contentHeight < height_) {
         glClearTexImage(name_, 0, format.format, GL_UNSIGNED_BYTE, nullptr);
     }
+    // Padding around the content is cleared to transparent.
+    opaque_ = bytesPerPixel == 4 && pixels && contentWidth == width_ && contentHeight == height_ &&
+              alphaIsFull(pixels, stride, contentWidth, contentHeight);
     if (contentWidth > 0 && contentHeight > 0 && pixels) {
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
         if (stride % static_cast<int>(bytesPerPixel) == 0) {
@@ -127,6 +188,9 @@ bool FLKGPUTexture::upload(const uint8_t* pixels, int stride, int contentWidth, 
 unsigned int FLKGPUTexture::name() {
     std::lock_guard lock(mutex_);
     if (name_ || uploadFailed_ || !FLKContext::current()) return name_;
+    if (flkBytesPerPixel(format_) == 4 && !pending_.empty()) {
+        transparentRect_ = transparentRectAroundCentre(pending_.data(), pendingStride_, pendingWidth_, pendingHeight_);
+    }
     if (upload(pending_.data(), pendingStride_, pendingWidth_, pendingHeight_)) {
         pending_.clear();
         pending_.shrink_to_fit();

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "core/platform/FLKImage.h"
@@ -49,6 +50,18 @@ public:
     std::shared_ptr<FLKGPUTexture> chromaPlane() const;
     void setChromaPlane(std::shared_ptr<FLKGPUTexture> chroma);
 
+    // A rectangle of texels, in texel coordinates of the whole texture, that
+    // are all zero (transparent black); found when pixels given at
+    // construction are uploaded, around the centre of 4-byte pixels (the
+    // screen opening of device artwork). Absent when the centre is not
+    // transparent or before the upload.
+    struct TexelRect {
+        int x0, y0, x1, y1;  // x1, y1 exclusive
+    };
+    std::optional<TexelRect> transparentRect() const;
+    // True when every pixel given at construction or upload had alpha 255 (4-byte formats).
+    bool isOpaque() const;
+
     // The GL texture name, uploading pending pixels first; 0 when no context
     // is current or the upload failed. Render thread only.
     unsigned int name();
@@ -69,13 +82,15 @@ private:
     const int height_;
     const FLKPixelFormat format_;
 
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     unsigned int name_ = 0;           // guarded by mutex_
     std::vector<uint8_t> pending_;    // guarded by mutex_; dropped after upload
     int pendingStride_ = 0;           // guarded by mutex_
     int pendingWidth_ = 0;            // guarded by mutex_
     int pendingHeight_ = 0;           // guarded by mutex_
     bool uploadFailed_ = false;       // guarded by mutex_
+    std::optional<TexelRect> transparentRect_;  // guarded by mutex_
+    bool opaque_ = false;                       // guarded by mutex_
     mutable std::mutex chromaMutex_;
     std::shared_ptr<FLKGPUTexture> chroma_;  // guarded by chromaMutex_
 };

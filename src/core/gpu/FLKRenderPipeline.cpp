@@ -11,6 +11,8 @@
 
 namespace {
 constexpr const char* kErrorDomain = "FLKRenderPipelineErrorDomain";
+constexpr const char* kAnalyticCoverageFunction = "analytic_coverage";
+constexpr int kCoverageEdgesLocation = 0;  // coverageEdges in analytic_coverage
 
 std::string infoLog(GLuint object, bool isProgram) {
     GLint length = 0;
@@ -28,12 +30,19 @@ std::string infoLog(GLuint object, bool isProgram) {
     return text.data();
 }
 
-GLuint compile(const FLKShaderLibrary::Function& function, FLKError* error) {
+GLuint compile(const FLKShaderLibrary::Function& function, FLKError* error, const char* prelude = nullptr) {
     GLenum type = function.stage == FLKShaderLibrary::Stage::vertex     ? GL_VERTEX_SHADER
                   : function.stage == FLKShaderLibrary::Stage::fragment ? GL_FRAGMENT_SHADER
                                                                         : GL_COMPUTE_SHADER;
+    std::string source = function.source;
+    if (prelude) {
+        // After the #version line, which must come first.
+        size_t lineEnd = source.find('\n');
+        source.insert(lineEnd == std::string::npos ? source.size() : lineEnd + 1, std::string(prelude) + "\n");
+    }
+    const char* text = source.c_str();
     GLuint shader = glCreateShader(type);
-    glShaderSource(shader, 1, &function.source, nullptr);
+    glShaderSource(shader, 1, &text, nullptr);
     glCompileShader(shader);
     GLint ok = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
@@ -94,17 +103,21 @@ GLuint makeVertexArray(FLKVertexLayout layout) {
 
 std::unique_ptr<FLKRenderPipeline> FLKRenderPipeline::make(const std::string& vertexFunctionName,
                                                            const std::string& fragmentFunctionName,
-                                                           bool blendingEnabled, FLKError* error) {
+                                                           bool blendingEnabled, FLKError* error,
+                                                           bool analyticCoverage) {
     if (!FLKContext::current()) {
         flk::setError(error, FLKError::make(kErrorDomain, 4, "No OpenGL context is current."));
         return nullptr;
     }
     const auto* vertexFunction = lookUp(vertexFunctionName, FLKShaderLibrary::Stage::vertex, error);
     const auto* fragmentFunction = lookUp(fragmentFunctionName, FLKShaderLibrary::Stage::fragment, error);
-    if (!vertexFunction || !fragmentFunction) return nullptr;
+    const auto* coverageFunction =
+        analyticCoverage ? lookUp(kAnalyticCoverageFunction, FLKShaderLibrary::Stage::fragment, error) : nullptr;
+    if (!vertexFunction || !fragmentFunction || (analyticCoverage && !coverageFunction)) return nullptr;
 
     GLuint vertexShader = compile(*vertexFunction, error);
-    GLuint fragmentShader = vertexShader ? compile(*fragmentFunction, error) : 0;
+    GLuint fragmentShader =
+        vertexShader ? compile(*fragmentFunction, error, coverageFunction ? coverageFunction->source : nullptr) : 0;
     GLuint program = fragmentShader ? link(vertexShader, fragmentShader, error) : 0;
     glDeleteShader(vertexShader);
     glDeleteShader(fragmentShader);
@@ -113,7 +126,9 @@ std::unique_ptr<FLKRenderPipeline> FLKRenderPipeline::make(const std::string& ve
     std::unique_ptr<FLKRenderPipeline> pipeline(new FLKRenderPipeline());
     pipeline->vertexFunctionName_ = vertexFunctionName;
     pipeline->fragmentFunctionName_ = fragmentFunctionName;
-    pipeline->blendingEnabled_ = blendingEnabled;
+    // Partly covered pixels blend over what is behind, as the resolve of the samples would.
+    pipeline->blendingEnabled_ = blendingEnabled || analyticCoverage;
+    pipeline->analyticCoverage_ = analyticCoverage;
     pipeline->layout_ = vertexFunctionName == "vertex_colored" ? FLKVertexLayout::colored : FLKVertexLayout::textured;
     pipeline->program_ = program;
     pipeline->vertexArray_ = makeVertexArray(pipeline->layout_);
@@ -138,6 +153,10 @@ void FLKRenderPipeline::apply() const {
     } else {
         glDisable(GL_BLEND);
     }
+}
+
+void FLKRenderPipeline::setCoverageEdges(const std::array<float, 16>& edges) const {
+    if (analyticCoverage_) glProgramUniform4fv(program_, kCoverageEdgesLocation, 4, edges.data());
 }
 
 void FLKRenderPipeline::setVertexBuffer(FLKGPUBuffer& buffer) const {

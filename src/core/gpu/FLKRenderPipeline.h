@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 
@@ -27,10 +28,13 @@ enum class FLKVertexLayout {
 class FLKRenderPipeline {
 public:
     // Needs a current context. Null with `error` set when a function is
-    // missing or the program does not compile or link.
+    // missing or the program does not compile or link. With analytic
+    // coverage the fragment shader weighs each pixel by the share of its 4x
+    // sample positions inside the quad given by setCoverageEdges(), and
+    // blending is on, for drawing antialiased into a single-sampled target.
     static std::unique_ptr<FLKRenderPipeline> make(const std::string& vertexFunctionName,
                                                    const std::string& fragmentFunctionName, bool blendingEnabled,
-                                                   FLKError* error = nullptr);
+                                                   FLKError* error = nullptr, bool analyticCoverage = false);
     ~FLKRenderPipeline();
     FLKRenderPipeline(const FLKRenderPipeline&) = delete;
     FLKRenderPipeline& operator=(const FLKRenderPipeline&) = delete;
@@ -41,10 +45,14 @@ public:
     FLKVertexLayout vertexLayout() const { return layout_; }
     unsigned vertexStride() const { return layout_ == FLKVertexLayout::textured ? 32u : 48u; }
     unsigned int program() const { return program_; }
+    bool hasAnalyticCoverage() const { return analyticCoverage_; }
 
     // Program, vertex array and blend state (premultiplied "over" when on).
     void apply() const;
     void setVertexBuffer(FLKGPUBuffer& buffer) const;
+    // The quad's four edges in window coordinates, (a, b, c, unused) each with
+    // a x + b y + c >= 0 inside and (a, b) of unit length. Analytic coverage only.
+    void setCoverageEdges(const std::array<float, 16>& edges) const;
     static void setCameraUniformBuffer(FLKGPUBuffer& buffer);
     static void setFragmentTexture(FLKGPUTexture& texture, unsigned unit);
     static void setFragmentSampler(unsigned int sampler, unsigned unit);
@@ -57,6 +65,7 @@ private:
     std::string vertexFunctionName_;
     std::string fragmentFunctionName_;
     bool blendingEnabled_ = false;
+    bool analyticCoverage_ = false;
     FLKVertexLayout layout_ = FLKVertexLayout::textured;
     unsigned int program_ = 0;
     unsigned int vertexArray_ = 0;

@@ -40,6 +40,20 @@ void FLKRenderPipelineFactory::makePipelines() {
     }
 }
 
+FLKRenderPipeline* FLKRenderPipelineFactory::coveragePipelineStateWithName(const std::string& name) {
+    auto found = coveragePipelines_.find(name);
+    if (found != coveragePipelines_.end()) return found->second.get();
+    std::unique_ptr<FLKRenderPipeline> pipeline;
+    for (const auto& recipe : kRecipes) {
+        if (name != recipe.name) continue;
+        FLKError error;
+        pipeline = FLKRenderPipeline::make(recipe.vertexFunction, recipe.fragmentFunction, true, &error, true);
+        if (!pipeline) flk::log("Error occurred when creating render spritesPipeline state: %s", error.fullMessage().c_str());
+    }
+    // A failure is remembered as null, so it is neither retried nor logged again.
+    return (coveragePipelines_[name] = std::move(pipeline)).get();
+}
+
 FLKRenderPipeline* FLKRenderPipelineFactory::pipelineStateWithName(const std::string& name) const {
     auto found = pipelinesDictionary_.find(name);
     return found == pipelinesDictionary_.end() ? nullptr : found->second.get();

@@ -18,6 +18,9 @@ public:
 
     // Null for a name that is not in the table (or whose pipeline failed).
     FLKRenderPipeline* pipelineStateWithName(const std::string& name) const;
+    // The same pipeline built for analytic coverage (see FLKRenderPipeline::make),
+    // made on first use; null where the table has no such name or it fails.
+    FLKRenderPipeline* coveragePipelineStateWithName(const std::string& name);
     const std::map<std::string, std::shared_ptr<FLKRenderPipeline>>& pipelinesDictionary() const {
         return pipelinesDictionary_;
     }
@@ -34,4 +37,5 @@ private:
 
     std::shared_ptr<FLKContext> context_;
     std::map<std::string, std::shared_ptr<FLKRenderPipeline>> pipelinesDictionary_;
+    std::map<std::string, std::unique_ptr<FLKRenderPipeline>> coveragePipelines_;
 };

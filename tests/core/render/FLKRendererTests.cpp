@@ -125,6 +125,7 @@ TEST_F(FLKRendererTest, NV12FramesDrawThroughTheYUVPipelineWithTheirChromaPlane)
 }
 
 TEST_F(FLKRendererTest, ResizingTheTargetReplacesTheMultisampleTexture) {
+    renderer->setAntialiasing(FLKRenderer::Antialiasing::multisample);
     auto scene = sceneWithCameraFrame({0, 0, 64, 64});
     scene->addChild(gradientSprite({0, 0, 64, 64}, {kRed, kGreen, kBlue, kWhite}));
     target->renderScene(*renderer, scene);

@@ -8,4 +8,9 @@ layout(location = 0) out vec4 fragColor;
 
 void main() {
     fragColor = texture(colorTexture, vTexcoord);
+#ifdef FLK_ANALYTIC_COVERAGE
+    float coverage = quadCoverage();
+    if (coverage == 0.0) discard;
+    fragColor *= coverage;
+#endif
 }

@@ -21,4 +21,9 @@ void main() {
     float y = texture(lumaTexture, vTexcoord).r;
     vec2 cbcr = texture(chromaTexture, vTexcoord).rg;
     fragColor = vec4(rgbFromYCbCr(y, cbcr), 1.0) * texture(maskTexture, vTexcoord).a;
+#ifdef FLK_ANALYTIC_COVERAGE
+    float coverage = quadCoverage();
+    if (coverage == 0.0) discard;
+    fragColor *= coverage;
+#endif
 }
