@@ -9,7 +9,12 @@
 #include <sstream>
 #include <thread>
 
+#include "cli/CommandSupport.h"
+#include "cli/DocumentSource.h"
 #include "cli/SceneFile.h"
+#include "cli/TimelineAssembly.h"
+#include "core/model/FLKFile.h"
+#include "core/platform/FLKPaths.h"
 #include "core/media/FLKAsset.h"
 #include "core/media/FLKImageIO.h"
 #include "core/render/FLKOffScreenRenderer.h"
@@ -55,24 +60,6 @@ FLKImage imageFromPixelBuffer(const FLKPixelBuffer& buffer) {
     return image;
 }
 
-std::optional<FLKSize> parseSize(const std::string& text) {
-    int width = 0, height = 0;
-    char separator = 0, extra = 0;
-    if (std::sscanf(text.c_str(), "%d%c%d%c", &width, &separator, &height, &extra) != 3) return std::nullopt;
-    if ((separator != 'x' && separator != 'X') || width <= 0 || height <= 0 || width > 16384 || height > 16384) {
-        return std::nullopt;
-    }
-    return FLKSize{double(width), double(height)};
-}
-
-std::optional<FLKRect> parseFrame(const std::string& text) {
-    double x, y, w, h;
-    char extra = 0;
-    if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &x, &y, &w, &h, &extra) != 4) return std::nullopt;
-    if (!std::isfinite(x) || !std::isfinite(y) || !(w > 0) || !(h > 0)) return std::nullopt;
-    return FLKRect{x, y, w, h};
-}
-
 std::string seconds(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.3f s", value);
@@ -109,61 +96,92 @@ bool waitForDecodedFrame(const FLKTimelineVideoTrack& track, double time) {
     return reader && reader->sampleTextureForClip(clip, time);
 }
 
-// Lays the recording on a timeline of its own mapped onto the scene's screen,
-// at `time`, and waits until that frame is decoded. The timeline must outlive
-// the rendering: the screen's video holds its track weakly.
-std::shared_ptr<FLKTimeline> timelineShowingVideo(const std::filesystem::path& url, double time,
-                                                  const std::shared_ptr<FLKScene>& scene, std::string* problem) {
+// Maps the timeline onto the scene's screen at `time` and waits until that
+// frame is decoded. The timeline must outlive the rendering: the screen's
+// video holds its track weakly.
+bool showTimelineAt(const std::shared_ptr<FLKTimeline>& timeline, double time, const std::shared_ptr<FLKScene>& scene,
+                    std::string* problem) {
     auto container = scene->childWithClass<FLKVideoContainer>();
     if (!container) {
-        *problem = "the scene has no video container to show " + url.string() + " in.";
-        return nullptr;
+        *problem = "the scene has no video container to show a recording in.";
+        return false;
     }
-    // A screen showing a file of its own is given a timeline's video instead.
+    // A screen showing a file of its own is given the timeline's video instead.
     if (!std::dynamic_pointer_cast<FLKTimelineVideoSprite>(container->video())) container->setVideo(nullptr);
+    timeline->mapScene(scene);
+    timeline->setCurrentTime(time);
+    for (const auto& track : timeline->tracks()) {
+        auto video = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track);
+        if (video && video->clipAtTime(time) && !waitForDecodedFrame(*video, time)) {
+            *problem = "no frame could be decoded at " + seconds(time) + ".";
+            return false;
+        }
+    }
+    return true;
+}
+
+// A timeline of its own holding just the recording.
+std::shared_ptr<FLKTimeline> timelineWithVideo(const std::filesystem::path& url) {
     auto timeline = FLKTimeline::timelineWithTimer({});
     auto track = timeline->createVideoTrack();
     track->addClip(track->createClipWithVideoURL(url));
-    timeline->mapScene(scene);
-    timeline->setCurrentTime(time);
-    if (!waitForDecodedFrame(*track, time)) {
-        *problem = "no frame of " + url.string() + " could be decoded at " + seconds(time) + ".";
-        return nullptr;
-    }
     return timeline;
 }
 
-int fail(const std::string& message) {
-    std::fprintf(stderr, "flickwell-cli: %s\n", message.c_str());
-    return 1;
-}
+bool isSceneFile(const std::filesystem::path& url) { return flk::hasExtension(url, "json"); }
+
 }  // namespace
 
 void FrameCommand::add(CLI::App& app, int& exitCode) {
     auto command = std::make_shared<FrameCommand>();
-    CLI::App* sub = app.add_subcommand("frame", "Render one frame of a scene file to a PNG");
-    sub->add_option("scene", command->sceneURL_, "Scene JSON file")->required();
+    CLI::App* sub = app.add_subcommand("frame", "Render one frame of a scene, document or template to a PNG");
+    sub->add_option("scene", command->sceneURL_, "Scene JSON file, document, template folder or template name")
+        ->required();
     sub->add_option("--out,-o", command->outputURL_, "PNG file to write")->required();
     sub->add_option("--size", command->size_, "Output size WxH (default: the frame's size)");
     sub->add_option("--frame", command->frame_, "Part of the scene X,Y,W,H (default: the main camera's frame)");
-    auto* video = sub->add_option("--video", command->videoURL_, "Recording shown on the scene's screen");
-    sub->add_option("--time", command->time_, "Moment of the recording in seconds (default 0)")->needs(video);
+    sub->add_option("--video", command->videoURL_, "Recording shown on the screen (replaces a document's clips)");
+    sub->add_option("--time", command->time_, "Moment of the timeline in seconds (default 0)");
     sub->callback([command, &exitCode] { exitCode = command->run(); });
 }
 
-std::shared_ptr<FLKScene> FrameCommand::loadScene(FLKError* error) const { return SceneFile::load(sceneURL_, error); }
+FrameCommand::Source FrameCommand::loadSource(FLKError* error) const {
+    Source source;
+    if (isSceneFile(sceneURL_)) {
+        source.scene = SceneFile::load(sceneURL_, error);
+        if (source.scene && !videoURL_.empty()) source.timeline = timelineWithVideo(videoURL_);
+        return source;
+    }
+    auto file = DocumentSource::open(sceneURL_.string(), error);
+    if (!file) return source;
+    TimelineAssembly::Request request;
+    if (!videoURL_.empty()) request.videos = {videoURL_};
+    request.replaceClips = true;
+    if (!TimelineAssembly::apply(*file, request, error)) return source;
+    source.scene = file->document()->currentScene();
+    source.timeline = file->document()->currentTimeline();
+    return source;
+}
 
 int FrameCommand::run() const {
-    FLKError error;
-    auto scene = loadScene(&error);
-    if (!scene) return fail(error.fullMessage());
+    using flk::cli::fail;
+    if (!std::isfinite(time_) || time_ < 0) return fail("--time must be a number of seconds from 0.");
     if (!videoURL_.empty()) {
         if (auto problem = problemWithVideo(videoURL_, time_)) return fail(*problem);
     }
+    FLKError error;
+    const Source source = loadSource(&error);
+    if (!source.scene) return fail(error.fullMessage());
+    const double duration = source.timeline ? source.timeline->duration() : 0;
+    if (time_ > 0 && time_ > duration) {
+        return fail("--time " + seconds(time_) + " is past the end of " + sceneURL_.string() + "'s timeline, which lasts " +
+                    seconds(duration) + ".");
+    }
+    if (!source.scene->mainCamera()) return fail(sceneURL_.string() + ": the scene has no camera.");
 
-    FLKRect renderFrame = scene->mainCamera()->frame();
+    FLKRect renderFrame = source.scene->mainCamera()->frame();
     if (!frame_.empty()) {
-        auto parsed = parseFrame(frame_);
+        auto parsed = flk::cli::parseFrame(frame_);
         if (!parsed) return fail("--frame \"" + frame_ + "\" is not X,Y,W,H with a positive width and height.");
         renderFrame = *parsed;
     }
@@ -172,18 +190,16 @@ int FrameCommand::run() const {
     }
     FLKSize outputSize{std::round(renderFrame.size.width), std::round(renderFrame.size.height)};
     if (!size_.empty()) {
-        auto parsed = parseSize(size_);
+        auto parsed = flk::cli::parseSize(size_);
         if (!parsed) return fail("--size \"" + size_ + "\" is not WxH with whole numbers from 1 to 16384.");
         outputSize = *parsed;
     }
 
-    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, renderFrame, 30, 1, outputSize);
+    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*source.scene, renderFrame, 30, 1, outputSize);
     if (!renderer) return fail("OpenGL 4.5 not supported: no frame can be rendered.");
-    std::shared_ptr<FLKTimeline> timeline;
-    if (!videoURL_.empty()) {
+    if (duration > 0) {
         std::string problem;
-        timeline = timelineShowingVideo(videoURL_, time_, renderer->renderedScene(), &problem);
-        if (!timeline) return fail(problem);
+        if (!showTimelineAt(source.timeline, time_, renderer->renderedScene(), &problem)) return fail(problem);
     }
     auto output = std::make_shared<SingleFrameOutput>();
     renderer->setRenderOutput(output);

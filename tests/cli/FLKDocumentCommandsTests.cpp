@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "core/media/FLKAsset.h"
+#include "core/media/FLKAssetImageGenerator.h"
+#include "core/media/FLKImageIO.h"
 #include "core/media/FLKSyntheticVideo.h"
 #include "core/platform/FLKJSON.h"
 #include "support/FLKProgramRun.h"
@@ -14,6 +18,21 @@ namespace fs = std::filesystem;
 
 using flk::testing::ProgramRun;
 using flk::testing::quoted;
+
+// Peak signal-to-noise ratio over the RGB channels of two pictures of one size.
+double psnr(const FLKImage& a, const FLKImage& b) {
+    double squared = 0;
+    for (int y = 0; y < a.height; ++y) {
+        for (int x = 0; x < a.width; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                const double d = double(a.pixel(x, y)[c]) - double(b.pixel(x, y)[c]);
+                squared += d * d;
+            }
+        }
+    }
+    const double mse = squared / (3.0 * a.width * a.height);
+    return mse == 0 ? 99.0 : 10.0 * std::log10(255.0 * 255.0 / mse);
+}
 
 class FLKDocumentCommandsTest : public ::testing::Test {
 protected:
@@ -155,4 +174,56 @@ TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissin
     EXPECT_EQ(empty.exitCode, 1);
     EXPECT_NE(empty.standardError.find("--video"), std::string::npos);
     EXPECT_FALSE(fs::exists(folder / "empty.mp4"));
+}
+
+TEST_F(FLKDocumentCommandsTest, EveryBuiltInTemplateRendersAFrame) {
+    auto templates = run("templates --json");
+    ASSERT_EQ(templates.exitCode, 0) << templates.standardError;
+    for (const auto& entry : FLKJSON::parse(templates.standardOutput)) {
+        const auto name = entry["name"].get<std::string>();
+        const bool portrait = entry["canvas"]["height"].get<double>() > entry["canvas"]["width"].get<double>();
+        auto png = folder / (name + ".png");
+        auto rendered = run("frame '" + name + "' --size " + (portrait ? "90x160" : "160x90") + " --out " + quoted(png));
+        ASSERT_EQ(rendered.exitCode, 0) << name << ": " << rendered.standardError;
+        auto image = flk::readImage(png);
+        ASSERT_TRUE(image) << name;
+        EXPECT_EQ(image->width, portrait ? 90 : 160) << name;
+        // Not one flat colour: the background's gradient at least.
+        EXPECT_NE(std::vector<uint8_t>(image->pixel(0, 0), image->pixel(0, 0) + 3),
+                  std::vector<uint8_t>(image->pixel(image->width - 1, image->height - 1),
+                                       image->pixel(image->width - 1, image->height - 1) + 3))
+            << name;
+    }
+}
+
+// What an export writes at a moment is what `frame` shows of that moment.
+TEST_F(FLKDocumentCommandsTest, ExportedFrameMatchesTheFrameCommandAtTheSameTime) {
+    auto a = recording("a.mp4", 30);
+    auto document = folder / "promo.flickwell";
+    ASSERT_EQ(run("new --template 'Phone Portrait' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    auto mp4 = folder / "promo.mp4";
+    ASSERT_EQ(run("export " + quoted(document) + " --size 180x320 --out " + quoted(mp4) + " --quiet").exitCode, 0);
+    auto png = folder / "frame.png";
+    auto rendered = run("frame " + quoted(document) + " --time 0.5 --size 180x320 --out " + quoted(png));
+    ASSERT_EQ(rendered.exitCode, 0) << rendered.standardError;
+
+    // At exactly n/30 s the frame lookup's one-frame margin also accepts the
+    // frame before, and the two programs reach that time by different
+    // arithmetic: either neighbour is a correct answer.
+    FLKAssetImageGenerator generator(FLKAsset::assetWithPath(mp4.string()));
+    auto shown = flk::readImage(png);
+    ASSERT_TRUE(shown);
+    double best = 0;
+    for (double t : {0.5 - 1.0 / 30.0, 0.5}) {
+        auto exported = generator.copyImageAtTime(t);
+        ASSERT_TRUE(exported);
+        ASSERT_EQ(exported->width, shown->width);
+        best = std::max(best, psnr(*exported, *shown));
+    }
+    EXPECT_GT(best, 30.0);
+
+    auto late = run("frame " + quoted(document) + " --time 5 --out " + quoted(folder / "late.png"));
+    EXPECT_EQ(late.exitCode, 1);
+    EXPECT_NE(late.standardError.find("past the end"), std::string::npos) << late.standardError;
+    EXPECT_FALSE(fs::exists(folder / "late.png"));
 }
