@@ -24,8 +24,10 @@ struct ReleasedObject {
     FLKContext::ObjectKind kind;
     unsigned int name;
 };
-std::mutex gReleasedMutex;
-std::vector<ReleasedObject> gReleasedObjects;  // guarded by gReleasedMutex
+// Never destroyed: decoder threads may still release textures while the
+// process exits, after static destructors have run.
+std::mutex& gReleasedMutex = *new std::mutex;
+std::vector<ReleasedObject>& gReleasedObjects = *new std::vector<ReleasedObject>;  // guarded by gReleasedMutex
 
 struct SurfacelessDisplay {
     EGLDisplay display = EGL_NO_DISPLAY;

@@ -6,8 +6,9 @@
 #include <vector>
 
 namespace {
-std::mutex gSinkMutex;
-std::function<void(const std::string&)> gSink;  // guarded by gSinkMutex
+// Never destroyed: worker threads may still log while the process exits.
+std::mutex& gSinkMutex = *new std::mutex;
+std::function<void(const std::string&)>& gSink = *new std::function<void(const std::string&)>;  // guarded by gSinkMutex
 }  // namespace
 
 namespace flk {
