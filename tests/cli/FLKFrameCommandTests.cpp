@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -12,26 +9,14 @@
 
 #include "core/media/FLKImageIO.h"
 #include "core/media/FLKSyntheticVideo.h"
+#include "support/FLKProgramRun.h"
 
 namespace {
 namespace fs = std::filesystem;
 
-struct Result {
-    int exitCode = -1;
-    std::string output;  // standard output and error together
-};
+using flk::testing::ProgramRun;
 
-Result runCLI(const std::string& arguments) {
-    std::string command = std::string(FLK_CLI_PATH) + " " + arguments + " 2>&1";
-    Result result;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return result;
-    std::array<char, 512> chunk;
-    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.output.append(chunk.data(), n);
-    int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
+ProgramRun runCLI(const std::string& arguments) { return flk::testing::runProgram(FLK_CLI_PATH, arguments); }
 
 void writeText(const fs::path& url, const std::string& text) { std::ofstream(url) << text; }
 
@@ -71,8 +56,8 @@ protected:
 
 TEST_F(FLKFrameCommandTest, RendersTheCameraFrameAtTheRequestedSize) {
     auto out = folder / "frame.png";
-    Result result = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() + " --size 400x200");
-    ASSERT_EQ(result.exitCode, 0) << result.output;
+    ProgramRun result = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() + " --size 400x200");
+    ASSERT_EQ(result.exitCode, 0) << result.output();
     auto image = flk::readImage(out);
     ASSERT_TRUE(image);
     ASSERT_EQ(image->width, 400);
@@ -91,9 +76,9 @@ TEST_F(FLKFrameCommandTest, RendersTheCameraFrameAtTheRequestedSize) {
 
 TEST_F(FLKFrameCommandTest, FrameOptionPicksThePartOfTheScene) {
     auto out = folder / "part.png";
-    Result result = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() +
+    ProgramRun result = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() +
                            " --frame 120,10,40,20");
-    ASSERT_EQ(result.exitCode, 0) << result.output;
+    ASSERT_EQ(result.exitCode, 0) << result.output();
     auto image = flk::readImage(out);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->width, 40);
@@ -111,14 +96,14 @@ TEST_F(FLKFrameCommandTest, BadInputFailsWithAMessageNamingTheFileAndNoOutput) {
     };
     for (const Case& c : {Case{"missing.json", "no such file"}, Case{"broken.json", "not valid JSON"},
                           Case{"alien.json", "unknown class \"FLKTeapot\""}}) {
-        Result result = runCLI("frame " + (folder / c.file).string() + " --out " + out.string());
+        ProgramRun result = runCLI("frame " + (folder / c.file).string() + " --out " + out.string());
         EXPECT_NE(result.exitCode, 0) << c.file;
-        EXPECT_NE(result.output.find((folder / c.file).string()), std::string::npos) << result.output;
-        EXPECT_NE(result.output.find(c.problem), std::string::npos) << result.output;
+        EXPECT_NE(result.output().find((folder / c.file).string()), std::string::npos) << result.output();
+        EXPECT_NE(result.output().find(c.problem), std::string::npos) << result.output();
     }
-    Result badSize = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() + " --size 0x5");
+    ProgramRun badSize = runCLI("frame " + (folder / "scene.json").string() + " --out " + out.string() + " --size 0x5");
     EXPECT_NE(badSize.exitCode, 0);
-    EXPECT_NE(badSize.output.find("--size"), std::string::npos) << badSize.output;
+    EXPECT_NE(badSize.output().find("--size"), std::string::npos) << badSize.output();
     EXPECT_FALSE(fs::exists(out));
 }
 
@@ -150,7 +135,7 @@ protected:
         options.frameCount = 60;  // two seconds
         ASSERT_TRUE(FLKSyntheticVideo::writeVideo((folder / "numbered.mp4").string(), options));
     }
-    Result frameAt(const std::string& time, const fs::path& out, const std::string& scene = "screen.json") {
+    ProgramRun frameAt(const std::string& time, const fs::path& out, const std::string& scene = "screen.json") {
         return runCLI("frame " + (folder / scene).string() + " --out " + out.string() + " --video " +
                       (folder / "numbered.mp4").string() + " --time " + time);
     }
@@ -160,8 +145,8 @@ protected:
 TEST_F(FLKFrameCommandVideoTest, TheScreenShowsTheRecordingsFrameAtTheTime) {
     for (auto [time, number] : {std::pair{"0.0166", 0u}, {"1.05", 31u}, {"1.9833", 59u}}) {
         auto out = folder / ("at-" + std::string(time) + ".png");
-        Result result = frameAt(time, out);
-        ASSERT_EQ(result.exitCode, 0) << result.output;
+        ProgramRun result = frameAt(time, out);
+        ASSERT_EQ(result.exitCode, 0) << result.output();
         auto image = flk::readImage(out);
         ASSERT_TRUE(image);
         ASSERT_EQ(image->width, 320);
@@ -171,25 +156,25 @@ TEST_F(FLKFrameCommandVideoTest, TheScreenShowsTheRecordingsFrameAtTheTime) {
 
 TEST_F(FLKFrameCommandVideoTest, ATimeOutsideTheRecordingOrNoScreenIsAClearError) {
     auto out = folder / "never.png";
-    Result late = frameAt("2.5", out);
+    ProgramRun late = frameAt("2.5", out);
     EXPECT_NE(late.exitCode, 0);
-    EXPECT_NE(late.output.find("past the end of " + (folder / "numbered.mp4").string()), std::string::npos)
-        << late.output;
-    EXPECT_NE(late.output.find("2.000 s"), std::string::npos) << late.output;
+    EXPECT_NE(late.output().find("past the end of " + (folder / "numbered.mp4").string()), std::string::npos)
+        << late.output();
+    EXPECT_NE(late.output().find("2.000 s"), std::string::npos) << late.output();
 
-    Result early = frameAt("-1", out);
+    ProgramRun early = frameAt("-1", out);
     EXPECT_NE(early.exitCode, 0);
-    EXPECT_NE(early.output.find("--time"), std::string::npos) << early.output;
+    EXPECT_NE(early.output().find("--time"), std::string::npos) << early.output();
 
-    Result noScreen = frameAt("1", out, "scene.json");
+    ProgramRun noScreen = frameAt("1", out, "scene.json");
     EXPECT_NE(noScreen.exitCode, 0);
-    EXPECT_NE(noScreen.output.find("no video container"), std::string::npos) << noScreen.output;
+    EXPECT_NE(noScreen.output().find("no video container"), std::string::npos) << noScreen.output();
 
-    Result missing = runCLI("frame " + (folder / "screen.json").string() + " --out " + out.string() +
+    ProgramRun missing = runCLI("frame " + (folder / "screen.json").string() + " --out " + out.string() +
                             " --video " + (folder / "gone.mp4").string());
     EXPECT_NE(missing.exitCode, 0);
-    EXPECT_NE(missing.output.find((folder / "gone.mp4").string() + " does not exist"), std::string::npos)
-        << missing.output;
+    EXPECT_NE(missing.output().find((folder / "gone.mp4").string() + " does not exist"), std::string::npos)
+        << missing.output();
     EXPECT_FALSE(fs::exists(out));
 }
 }  // namespace
