@@ -20,6 +20,8 @@
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKScene.h"
 #include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoBufferManager.h"
+#include "core/timeline/FLKTimelineVideoTrack.h"
 
 namespace fs = std::filesystem;
 
@@ -41,6 +43,17 @@ void warnAboutPreset(const FLKExportSettings& preset, const FLKScene& scene, con
         flk::cli::warn("\"" + preset.name() + "\" is a store preview, and stores reject previews that show a device "
                        "frame; this scene shows one. Start from the frameless template \"" +
                        (frameless ? frameless->name() : std::string("Full Screen")) + "\" instead.");
+    }
+}
+// Each export plays a copy of the timeline that decodes on its own; the
+// document's timeline is never shown here, so what it began decoding when
+// the clips arrived is only memory taken from the export.
+void stopDecodingForDocumentTimeline(const FLKTimeline& timeline) {
+    for (const auto& track : timeline.tracks()) {
+        auto videoTrack = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track);
+        if (!videoTrack) continue;
+        auto manager = std::dynamic_pointer_cast<FLKTimelineVideoBufferManager>(videoTrack->bufferManagers().video);
+        if (manager) manager->removeAllBuffers();
     }
 }
 }  // namespace
@@ -110,6 +123,7 @@ int ExportCommand::run() const {
         return flk::cli::fail(source_ + " has no clips on its timeline; add a recording with --video FILE.");
     }
     timeline->mapScene(scene);
+    stopDecodingForDocumentTimeline(*timeline);
 
     auto queue = FLKExportQueue::make();
     queue->setPresentsErrors(false);

@@ -24,6 +24,12 @@ void FLKBiplanarTexture::refreshTexture() {
     texture1_ = std::move(chroma);
 }
 
+void FLKBiplanarTexture::releaseTexture() {
+    FLKTexture::releaseTexture();
+    std::lock_guard lock(chromaMutex_);
+    texture1_.reset();
+}
+
 std::shared_ptr<FLKGPUTexture> FLKBiplanarTexture::texture1() const {
     std::lock_guard lock(chromaMutex_);
     return texture1_;

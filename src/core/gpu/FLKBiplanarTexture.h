@@ -11,6 +11,7 @@ public:
     // Each plane's texture is square: its side is the plane's width made even
     // (the shaders sample in normalised coordinates; decoded frames are square).
     void refreshTexture() override;
+    void releaseTexture() override;
     std::shared_ptr<FLKGPUTexture> texture1() const;
 
 private:

@@ -32,6 +32,8 @@ std::shared_ptr<FLKGPUTexture> FLKTexture::texture() const {
     return texture_;
 }
 
+void FLKTexture::releaseTexture() { setTexture(nullptr); }
+
 void FLKTexture::setTexture(std::shared_ptr<FLKGPUTexture> texture) {
     std::lock_guard lock(mutex_);
     texture_ = std::move(texture);

@@ -30,6 +30,9 @@ public:
     // leaves the previous texture (or none). Render thread only.
     void refreshTexture() override;
     std::shared_ptr<FLKGPUTexture> texture() const override;
+    // Drops the uploaded texture; the frame stays, and refreshTexture uploads
+    // it again. Render thread only.
+    virtual void releaseTexture();
 
 protected:
     void setTexture(std::shared_ptr<FLKGPUTexture> texture);

@@ -53,6 +53,21 @@ void FLKTimelineVideoBufferManager::removeBuffersForClip(const std::shared_ptr<F
     assetBuffers_.erase(it);
 }
 
+void FLKTimelineVideoBufferManager::removeAllBuffers() {
+    std::map<std::filesystem::path, Readers> dropped;
+    {
+        std::lock_guard lock(mutex_);
+        dropped.swap(assetBuffers_);
+        backBuffers_.clear();
+        currentBuffer_.reset();
+        recentlyRequested_.clear();
+    }
+    // A job still decoding holds its reader until it notices the cancel.
+    for (const auto& [url, readers] : dropped) {
+        for (const auto& reader : readers) reader->cancelReading();
+    }
+}
+
 const FLKTimelineVideoBufferManager::Readers* FLKTimelineVideoBufferManager::readersLocked(
     const std::shared_ptr<FLKVideoClip>& clip) const {
     auto it = assetBuffers_.find(clip->assetURL());

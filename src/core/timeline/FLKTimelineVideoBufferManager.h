@@ -45,6 +45,10 @@ public:
     uint64_t maxBackBuffers() const;
     void setMaxBackBuffers(uint64_t count);
 
+    // Cancels and drops the segments of every asset, decoded frames too, for
+    // a track that is never shown. Clips added later get segments again.
+    void removeAllBuffers();
+
     Readers buffersForClip(const std::shared_ptr<FLKTimelineClip>& clip) const;
     uint64_t referenceCountForAsset(const std::filesystem::path& assetURL) const;
     bool hasBuffersForAsset(const std::filesystem::path& assetURL) const;

@@ -129,6 +129,7 @@ void FLKVideoBufferSampleReader::cancelReading() {
 }
 
 void FLKVideoBufferSampleReader::reset() {
+    bool dropped = false;
     {
         std::lock_guard lock(mutex_);
         if (!assetReader_ || assetReader_->status() != FLKAssetReaderStatus::Reading) {
@@ -138,10 +139,14 @@ void FLKVideoBufferSampleReader::reset() {
             assetReader_.reset();
             bufferingQueue_.reset();
             isBuffering_.store(false);
-            return;
+            dropped = true;
         }
     }
-    cancelReading();
+    if (dropped) {
+        forgetUploads();
+    } else {
+        cancelReading();
+    }
 }
 
 std::shared_ptr<FLKAssetReader> FLKVideoBufferSampleReader::assetReaderLocked() {
@@ -182,17 +187,32 @@ std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
     }
     // A missing frame answers nothing rather than the filter's last output.
     if (!sample) return nullptr;
-    // Uploaded once, here on the render thread; the frame stays in memory.
-    if (!sample->texture()) sample->refreshTexture();
+    std::lock_guard lock(lookupMutex_);
+    // Uploaded here on the render thread, where older uploads are dropped too.
+    if (!sample->texture()) {
+        sample->refreshTexture();
+        rememberUploadLocked(sample);
+    }
     if (!imageFilter) return sample->texture();
 
-    std::lock_guard lock(lookupMutex_);
     if (auto converter = std::dynamic_pointer_cast<FLKBiplanarConverterFilter>(imageFilter);
         converter && hasColorimetry_.load()) {
         converter->setColorimetry(colorMatrix_.load(), colorRange_.load());
     }
     if (imageFilter->provider() != sample) imageFilter->setProvider(sample);
     return imageFilter->texture();
+}
+
+void FLKVideoBufferSampleReader::rememberUploadLocked(const std::shared_ptr<FLKTexture>& sample) {
+    uploaded_.push_back(sample);
+    if (uploaded_.size() <= kUploadedFrames) return;
+    uploaded_.front()->releaseTexture();
+    uploaded_.pop_front();
+}
+
+void FLKVideoBufferSampleReader::forgetUploads() {
+    std::lock_guard lock(lookupMutex_);
+    uploaded_.clear();
 }
 
 size_t FLKVideoBufferSampleReader::numberOfBufferedFrames() const {

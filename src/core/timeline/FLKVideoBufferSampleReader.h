@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -67,6 +68,13 @@ private:
     void addFrame(const std::shared_ptr<FLKVideoFrame>& frame, uint64_t generation);
     std::shared_ptr<FLKAssetReader> assetReaderLocked();
     std::shared_ptr<FLKDispatchQueue> bufferingQueueLocked();
+    void rememberUploadLocked(const std::shared_ptr<FLKTexture>& sample);
+    void forgetUploads();
+
+    // Frames shown lately keep their upload; older ones drop it, so a segment
+    // holds its frames once in memory rather than twice. Two cover a
+    // transition whose clips share this segment.
+    static constexpr size_t kUploadedFrames = 2;
 
     const std::shared_ptr<FLKAsset> asset_;
     const FLKTimeRange readRange_;
@@ -86,4 +94,5 @@ private:
     std::shared_ptr<FLKImageFilter> filter_;            // guarded by mutex_
 
     std::mutex lookupMutex_;  // keeps the filter's provider and its output together
+    std::deque<std::shared_ptr<FLKTexture>> uploaded_;  // guarded by lookupMutex_; oldest first
 };

@@ -70,6 +70,28 @@ TEST_F(ManagerFixture, AnswersTheEarlierSegmentAtASeam) {
     EXPECT_EQ(manager.bufferForClip(placed, 1.0), nullptr);
 }
 
+TEST_F(ManagerFixture, RemovingAllBuffersCancelsAndForgetsEverySegment) {
+    manager.createBuffersForClip(clip);
+    const Readers readers = manager.buffersForClip(clip);
+    manager.startBufferingForClip(clip, 0);
+    manager.startBufferingForClip(clip, 2.5);
+    manager.removeAllBuffers();
+
+    EXPECT_TRUE(manager.buffersForClip(clip).empty());
+    EXPECT_FALSE(manager.hasBuffersForAsset(clip->assetURL()));
+    EXPECT_EQ(manager.currentBuffer(), nullptr);
+    EXPECT_TRUE(manager.backBuffers().empty());
+    for (const auto& reader : {readers[0], readers[1]}) {
+        EXPECT_EQ(reader->status(), FLKVideoSampleReader::kCancelled);
+    }
+    waitForReads(readers);
+    manager.startBufferingForClip(clip, 0);
+    EXPECT_EQ(manager.bufferForClip(clip, 0), nullptr) << "nothing reads again until clips come";
+
+    manager.createBuffersForClip(clip);
+    EXPECT_EQ(rangesOf(manager.buffersForClip(clip)).size(), 3u);
+}
+
 TEST_F(ManagerFixture, StartsASegmentAMarginAheadAndKeepsOneBackSegment) {
     manager.createBuffersForClip(clip);
     const Readers readers = manager.buffersForClip(clip);

@@ -4,6 +4,9 @@
 #include <future>
 
 #include "FLKBufferTestSupport.h"
+#include "core/gpu/FLKBiplanarConverterFilter.h"
+#include "core/gpu/FLKContext.h"
+#include "core/gpu/FLKGPUTexture.h"
 #include "core/platform/FLKManualMainQueue.h"
 #include "core/timeline/FLKVideoBufferSampleReader.h"
 #include "core/timeline/FLKVideoClipStaticFramesGrabber.h"
@@ -85,6 +88,37 @@ TEST_F(ReaderFixture, PartialReadsContinueAndResetWhileReadingOnlyCancels) {
     segment->reset();
     EXPECT_EQ(segment->status(), FLKVideoSampleReader::kIdle);
     EXPECT_EQ(segment->numberOfBufferedFrames(), 0u);
+}
+
+// The frame number a converted (RGBA) texture shows, read from its green channel.
+std::optional<uint32_t> numberShownBy(FLKGPUTexture& texture) {
+    FLKImage image = flk::imageWithTexture(texture);
+    std::vector<uint8_t> grey(static_cast<size_t>(image.width) * image.height);
+    for (size_t i = 0; i < grey.size(); ++i) grey[i] = image.rgba[i * 4 + 1];
+    return FLKSyntheticVideo::numberInLuma(grey.data(), image.width, image.width, image.height);
+}
+
+TEST_F(ReaderFixture, OnlyTheLatestFramesShownKeepTheirUploadAndOlderOnesUploadAgain) {
+    auto context = FLKContext::sharedContext();
+    ASSERT_TRUE(context->isValid()) << context->errorDescription();
+    FLKContext::Scope scope(*context);
+    auto segment = reader(0, 5);
+    segment->setFilter(FLKBiplanarConverterFilter::filter());
+    ASSERT_TRUE(segment->readTo(1.0));
+    waitForRead(segment);
+
+    auto timeOf = [](uint32_t n) { return (n + 0.5) / 30; };
+    for (uint32_t n = 0; n < 6; ++n) ASSERT_TRUE(segment->textureForClip(clip, timeOf(n))) << "frame " << n;
+    for (uint32_t n = 0; n < 6; ++n) {
+        EXPECT_EQ(segment->sampleTextureForClip(clip, timeOf(n))->texture() != nullptr, n >= 4) << "frame " << n;
+    }
+    EXPECT_EQ(segment->numberOfBufferedFrames(), 31u) << "dropping an upload keeps the frame";
+
+    auto again = segment->textureForClip(clip, timeOf(1));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(numberShownBy(*again), 1u) << "a frame shown again is uploaded again";
+    EXPECT_FALSE(segment->sampleTextureForClip(clip, timeOf(4))->texture());
+    EXPECT_TRUE(segment->sampleTextureForClip(clip, timeOf(5))->texture());
 }
 
 TEST_F(ReaderFixture, SegmentsWithoutFramesFinishEmpty) {
