@@ -1,7 +1,5 @@
 #include "editing/FLKMenuItemViewModel.h"
 
-#include <vector>
-
 FLKMenuItemViewModel::FLKMenuItemViewModel(std::string identifier) : identifier_(std::move(identifier)) {}
 
 void FLKMenuItemViewModel::setTitle(std::string title) {
@@ -41,24 +39,4 @@ void FLKMenuItemViewModel::setExecutionBlock(ExecutionBlock block) {
 
 void FLKMenuItemViewModel::execute() {
     if (executionBlock_) executionBlock_();
-}
-
-FLKMenuItemViewModel::ObserverToken FLKMenuItemViewModel::addPropertyObserver(PropertyObserver observer) {
-    ObserverToken token = nextToken_++;
-    observers_.emplace(token, std::move(observer));
-    return token;
-}
-
-void FLKMenuItemViewModel::removePropertyObserver(ObserverToken token) { observers_.erase(token); }
-
-void FLKMenuItemViewModel::didChangeProperty(const std::string& propertyName) {
-    // Observers may remove themselves while being called.
-    std::vector<ObserverToken> tokens;
-    for (const auto& [token, observer] : observers_) tokens.push_back(token);
-    for (auto token : tokens) {
-        auto it = observers_.find(token);
-        if (it == observers_.end()) continue;
-        auto observer = it->second;
-        observer(propertyName);
-    }
 }

@@ -1,24 +1,22 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
+
+#include "editing/FLKPropertyObservable.h"
 
 class FLKMenuViewModel;
 
 // A menu item as the views see it. Views bind to it through property
 // observers, called with the property's name after each change, on the
 // thread that made the change (the main thread).
-class FLKMenuItemViewModel {
+class FLKMenuItemViewModel : public FLKPropertyObservable {
 public:
     using ExecutionBlock = std::function<void()>;
-    using PropertyObserver = std::function<void(const std::string& propertyName)>;
-    using ObserverToken = uint64_t;
 
     explicit FLKMenuItemViewModel(std::string identifier = {});
-    virtual ~FLKMenuItemViewModel() = default;
+    ~FLKMenuItemViewModel() override = default;
     FLKMenuItemViewModel(const FLKMenuItemViewModel&) = delete;
     FLKMenuItemViewModel& operator=(const FLKMenuItemViewModel&) = delete;
 
@@ -40,12 +38,6 @@ public:
     // Runs the execution block when one is set.
     virtual void execute();
 
-    ObserverToken addPropertyObserver(PropertyObserver observer);
-    void removePropertyObserver(ObserverToken token);
-
-protected:
-    void didChangeProperty(const std::string& propertyName);
-
 private:
     std::string identifier_;
     std::string title_;
@@ -54,6 +46,4 @@ private:
     bool isToggle_ = false;
     std::shared_ptr<FLKMenuViewModel> submenuViewModel_;
     ExecutionBlock executionBlock_;
-    std::map<ObserverToken, PropertyObserver> observers_;
-    ObserverToken nextToken_ = 1;
 };

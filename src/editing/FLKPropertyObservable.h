@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 // Lets views bind to a view model: observers are called with the property's
 // name after each change, on the thread that made it (the main thread).
@@ -22,9 +23,16 @@ public:
 
 protected:
     void didChangeProperty(const std::string& propertyName) {
-        // Copied: an observer may remove itself.
-        auto observers = observers_;
-        for (auto& [token, observer] : observers) observer(propertyName);
+        // An observer may remove itself or another one while being called: a
+        // removed observer is not called any more.
+        std::vector<ObserverToken> tokens;
+        for (const auto& [token, observer] : observers_) tokens.push_back(token);
+        for (auto token : tokens) {
+            auto it = observers_.find(token);
+            if (it == observers_.end()) continue;
+            auto observer = it->second;
+            observer(propertyName);
+        }
     }
 
 private:
