@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include "core/scene/FLKPerspectiveVertexGridSolver.h"
+#include "core/scene/FLKProjectiveVertexGridSolver.h"
 #include "core/scene/FLKPlane.h"
 
 // A corner drag as the editor does it: each step asks for a new grid-128

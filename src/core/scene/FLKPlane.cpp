@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "core/scene/FLKLine.h"
-#include "core/scene/FLKPerspectiveVertexGridSolver.h"
+#include "core/scene/FLKProjectiveVertexGridSolver.h"
 #include "core/scene/FLKVertexGridSolver.h"
 
 FLK_REGISTER_SERIALIZABLE(FLKPlane);

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "core/platform/FLKSerializable.h"
-#include "core/scene/FLKPerspectiveVertexGridSolver.h"
+#include "core/scene/FLKProjectiveVertexGridSolver.h"
 #include "core/scene/FLKPlane.h"
 #include "core/scene/FLKQuad.h"
 

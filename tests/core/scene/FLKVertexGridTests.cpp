@@ -5,7 +5,7 @@
 #include <random>
 
 #include "core/scene/FLKLine.h"
-#include "core/scene/FLKPerspectiveVertexGridSolver.h"
+#include "core/scene/FLKProjectiveVertexGridSolver.h"
 #include "core/scene/FLKPlane.h"
 #include "core/scene/FLKVertexGridSolver.h"
 

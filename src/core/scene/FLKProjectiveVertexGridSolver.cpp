@@ -1,4 +1,4 @@
-#include "core/scene/FLKPerspectiveVertexGridSolver.h"
+#include "core/scene/FLKProjectiveVertexGridSolver.h"
 
 namespace {
 
