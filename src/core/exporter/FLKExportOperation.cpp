@@ -8,8 +8,13 @@
 #include "core/scene/FLKAudioTrack.h"
 #include "core/scene/FLKScene.h"
 #include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoTrack.h"
 
 namespace {
+// Enough for the decoder to stay ahead of the renderer through the odd stall,
+// little enough to keep each segment at a few dozen frames.
+constexpr double kDecodeAheadTime = 0.5;
+
 std::optional<std::filesystem::path> audioURLOfScene(const FLKScene& scene) {
     auto audio = scene.childWithClass<FLKAudioTrack>();
     return audio ? audio->audioURL() : std::nullopt;
@@ -128,6 +133,12 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
     // The renderer steps its own copy of the timeline, with segment readers of
     // its own: the editor's play head and buffers stay as they are.
     auto renderTimeline = timeline_->copyWithTimer(renderer->clock());
+    // Played once, start to end: decoded frames are held only until shown.
+    for (const auto& track : renderTimeline->tracks()) {
+        if (auto videoTrack = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) {
+            videoTrack->setDecodeAheadTime(kDecodeAheadTime);
+        }
+    }
     renderTimeline->setName("Offscreen Master");
     renderTimeline->setCurrentTime(0);
     renderTimeline->mapScene(renderer->renderedScene());

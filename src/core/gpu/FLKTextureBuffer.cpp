@@ -24,6 +24,13 @@ void FLKTextureBuffer::clear() {
     currentIndex_ = -1;
 }
 
+void FLKTextureBuffer::removeTexturesBefore(double time) {
+    const auto current = currentTexture();
+    std::erase_if(ring_, [time](const auto& texture) { return !texture || texture->sampleTimeStamp() < time; });
+    const auto it = std::find(ring_.begin(), ring_.end(), current);
+    currentIndex_ = it != ring_.end() ? it - ring_.begin() : static_cast<long>(ring_.size()) - 1;
+}
+
 std::shared_ptr<FLKTexture> FLKTextureBuffer::textureAtTime(double time, double margin) const {
     for (const auto& texture : ring_) {
         if (texture && std::fabs(texture->sampleTimeStamp() - time) <= margin) return texture;

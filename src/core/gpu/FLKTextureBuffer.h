@@ -20,6 +20,8 @@ public:
     void addTexture(std::shared_ptr<FLKTexture> texture);
     std::shared_ptr<FLKTexture> currentTexture() const;
     void clear();
+    // Drops the textures stamped before `time`, keeping the ring order.
+    void removeTexturesBefore(double time);
     // First in ring order whose time stamp is within `margin` of `time`.
     std::shared_ptr<FLKTexture> textureAtTime(double time, double margin) const;
     double lastTextureTime() const;

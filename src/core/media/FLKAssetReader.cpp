@@ -40,7 +40,9 @@ bool FLKAssetReader::startReading() {
         return false;
     }
     std::string reason;
-    decoder_ = FLKVideoDecoder::open(asset_->path(), &reason);
+    decoder_ = FLKVideoDecoder::open(asset_->path(), &reason,
+                                     singleThreaded_ ? FLKVideoDecoder::Threading::Single
+                                                     : FLKVideoDecoder::Threading::Frames);
     if (!decoder_) {
         fail(reason);
         return false;

@@ -33,6 +33,8 @@ public:
     FLKAssetReader(const FLKAssetReader&) = delete;
     FLKAssetReader& operator=(const FLKAssetReader&) = delete;
 
+    // Before startReading(): decode on the reading thread alone.
+    void setSingleThreaded(bool singleThreaded) { singleThreaded_ = singleThreaded; }
     // Opens the file and seeks; false (status Failed, error set) when it cannot.
     bool startReading();
     // The next frame of the range, or nullptr at its end (status Completed),
@@ -57,6 +59,7 @@ private:
     const double end_;
     const int outputWidth_;
     const int outputHeight_;
+    bool singleThreaded_ = false;                // reading thread only
     std::unique_ptr<FLKVideoDecoder> decoder_;   // reading thread only
     std::unique_ptr<FLKFrameScaler> scaler_;     // reading thread only
     std::atomic<FLKAssetReaderStatus> status_{FLKAssetReaderStatus::Unknown};

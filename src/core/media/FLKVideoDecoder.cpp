@@ -16,7 +16,8 @@ constexpr bool kFrameThreads = true;
 #endif
 }  // namespace
 
-std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, std::string* reason) {
+std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, std::string* reason,
+                                                       Threading threading) {
     std::unique_ptr<FLKVideoDecoder> decoder(new FLKVideoDecoder);
     decoder->path_ = path;
     decoder->input_ = flk::media::openInput(path, reason);
@@ -39,7 +40,7 @@ std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, 
         return nullptr;
     }
     context->pkt_timebase = stream->time_base;
-    context->thread_count = kFrameThreads ? 0 : 1;  // 0: one per core
+    context->thread_count = kFrameThreads && threading == Threading::Frames ? 0 : 1;  // 0: one per core
     context->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
     int status = avcodec_open2(context, codec, nullptr);
     if (status < 0) {

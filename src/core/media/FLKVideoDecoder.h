@@ -9,8 +9,13 @@
 // (the stream's first timestamp is 0). One thread at a time.
 class FLKVideoDecoder {
 public:
+    // Frame threads decode several frames at once, each holding its own
+    // references; one thread holds far fewer frames.
+    enum class Threading { Frames, Single };
+
     // Null with `reason` set when the file or its video cannot be opened.
-    static std::unique_ptr<FLKVideoDecoder> open(const std::string& path, std::string* reason);
+    static std::unique_ptr<FLKVideoDecoder> open(const std::string& path, std::string* reason,
+                                                 Threading threading = Threading::Frames);
 
     // Positions decoding so that the frame shown at `seconds` comes out first
     // from nextFrameAt(); earlier frames are skipped.

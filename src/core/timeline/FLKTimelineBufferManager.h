@@ -13,4 +13,7 @@ public:
     // Seconds: the length of one segment, and how early a segment is read.
     virtual void setBufferWidth(double seconds) = 0;
     virtual void setBufferingMarginTime(double seconds) = 0;
+    // Seconds decoded past the frames being shown, for a play-through that
+    // never goes back; managers without decoders of their own ignore it.
+    virtual void setDecodeAheadTime(double /*seconds*/) {}
 };

@@ -27,6 +27,7 @@ void FLKTimelineVideoBufferManager::createBuffersForClip(const std::shared_ptr<F
     const double duration = asset ? asset->duration() : 0;
     const double width = bufferWidth();
     const auto count = static_cast<int32_t>(std::ceil(static_cast<float>(duration / width)));
+    const double aheadTime = decodeAheadTime();
     Readers readers;
     double start = 0;
     for (int32_t k = 0; k < count; ++k) {
@@ -35,6 +36,7 @@ void FLKTimelineVideoBufferManager::createBuffersForClip(const std::shared_ptr<F
         // Made without the lock: building the kernel takes the GL context,
         // which a render thread may hold while it looks a reader up.
         reader->setFilter(FLKBiplanarConverterFilter::filter());
+        reader->setDecodeAheadTime(aheadTime);
         readers.push_back(std::move(reader));
         start += width;
     }
@@ -219,6 +221,19 @@ double FLKTimelineVideoBufferManager::bufferingMarginTime() const {
 void FLKTimelineVideoBufferManager::setBufferingMarginTime(double seconds) {
     std::lock_guard lock(mutex_);
     bufferingMarginTime_ = seconds;
+}
+
+double FLKTimelineVideoBufferManager::decodeAheadTime() const {
+    std::lock_guard lock(mutex_);
+    return decodeAheadTime_;
+}
+
+void FLKTimelineVideoBufferManager::setDecodeAheadTime(double seconds) {
+    std::lock_guard lock(mutex_);
+    decodeAheadTime_ = seconds;
+    for (const auto& [url, readers] : assetBuffers_) {
+        for (const auto& reader : readers) reader->setDecodeAheadTime(seconds);
+    }
 }
 
 uint64_t FLKTimelineVideoBufferManager::maxBackBuffers() const {

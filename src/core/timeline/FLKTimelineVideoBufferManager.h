@@ -17,7 +17,8 @@ class FLKVideoClip;
 // Cuts each asset of a track into segments of `bufferWidth` seconds, one
 // reader per segment shared by every clip of that asset, starts reading a
 // segment `bufferingMarginTime` before the play head reaches it, and keeps
-// only the current segment and `maxBackBuffers` earlier ones decoded.
+// only the current segment and `maxBackBuffers` earlier ones decoded. With a
+// decode-ahead time each segment holds only the frames about to be shown.
 //
 // Threads: edits and buffering requests come from the main thread, lookups
 // from the render thread and the clock queue; mutex_ guards every field.
@@ -42,6 +43,8 @@ public:
     void setBufferWidth(double seconds) override;
     double bufferingMarginTime() const;
     void setBufferingMarginTime(double seconds) override;
+    double decodeAheadTime() const;
+    void setDecodeAheadTime(double seconds) override;
     uint64_t maxBackBuffers() const;
     void setMaxBackBuffers(uint64_t count);
 
@@ -72,6 +75,7 @@ private:
     mutable std::mutex mutex_;
     double bufferWidth_ = 5.0;                                     // guarded by mutex_
     double bufferingMarginTime_ = 2.5;                             // guarded by mutex_
+    double decodeAheadTime_ = FLKDecodeWindow::kUnlimited;        // guarded by mutex_
     std::map<std::filesystem::path, Readers> assetBuffers_;       // guarded by mutex_
     Readers backBuffers_;                                          // guarded by mutex_; oldest first
     std::shared_ptr<FLKVideoBufferSampleReader> currentBuffer_;    // guarded by mutex_

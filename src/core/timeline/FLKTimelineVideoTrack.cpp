@@ -1,6 +1,7 @@
 #include "core/timeline/FLKTimelineVideoTrack.h"
 
 #include <algorithm>
+#include <map>
 #include <cstdio>
 #include <string>
 
@@ -54,6 +55,29 @@ void FLKTimelineVideoTrack::setBufferWidth(double seconds) {
     for (const auto& manager : {managers_.video, managers_.transition}) {
         if (manager) manager->setBufferWidth(seconds);
     }
+}
+
+void FLKTimelineVideoTrack::setDecodeAheadTime(double seconds) {
+    // Frames already shown are let go, so a recording whose clips go back in
+    // it keeps whole segments.
+    if (managers_.video && showsEachRecordingForward()) managers_.video->setDecodeAheadTime(seconds);
+}
+
+bool FLKTimelineVideoTrack::showsEachRecordingForward() const {
+    std::vector<std::shared_ptr<FLKVideoClip>> videoClips;
+    for (const auto& clip : clips()) {
+        if (auto videoClip = std::dynamic_pointer_cast<FLKVideoClip>(clip)) videoClips.push_back(videoClip);
+    }
+    std::sort(videoClips.begin(), videoClips.end(),
+              [](const auto& a, const auto& b) { return a->timeRange().start < b->timeRange().start; });
+    std::map<std::filesystem::path, double> shownUpTo;
+    for (const auto& clip : videoClips) {
+        auto [seen, isFirst] = shownUpTo.try_emplace(clip->assetURL(), clip->clipRange().end);
+        if (isFirst) continue;
+        if (clip->clipRange().start + 1e-6 < seen->second) return false;
+        seen->second = clip->clipRange().end;
+    }
+    return true;
 }
 
 void FLKTimelineVideoTrack::setBufferingMarginTime(double seconds) {

@@ -48,6 +48,11 @@ public:
     void setBufferWidth(double seconds);
     double bufferingMarginTime() const { return bufferingMarginTime_; }
     void setBufferingMarginTime(double seconds);
+    // For a play-through that never goes back (an export): decode only this
+    // far ahead and let shown frames go, where each recording's clips follow
+    // one another through it.
+    void setDecodeAheadTime(double seconds);
+    bool showsEachRecordingForward() const;
     const BufferManagers& bufferManagers() const { return managers_; }
     // What made this track's managers: a copy of the track gets its own from it.
     const BufferManagersFactory& bufferManagersFactory() const { return managersFactory_; }

@@ -1,6 +1,7 @@
 #include "core/timeline/FLKVideoBufferSampleReader.h"
 
 #include <chrono>
+#include <limits>
 
 #include "core/gpu/FLKBiplanarConverterFilter.h"
 #include "core/gpu/FLKBiplanarTexture.h"
@@ -10,6 +11,8 @@
 #include "core/timeline/FLKVideoClip.h"
 
 namespace {
+double framePeriod() { return 1.0 / static_cast<double>(FLKContext::fps()); }
+
 // A ring that in practice never wraps: every frame of the segment stays.
 constexpr unsigned kRingSize = 0xFFFFFFFFu;
 
@@ -32,6 +35,7 @@ FLKVideoBufferSampleReader::FLKVideoBufferSampleReader(std::shared_ptr<FLKAsset>
 FLKVideoBufferSampleReader::~FLKVideoBufferSampleReader() {
     // A job still running finds the reader gone and stops at its next frame.
     if (assetReader_) assetReader_->cancelReading();
+    decodeWindow_->interrupt();
 }
 
 bool FLKVideoBufferSampleReader::readWithFinishedBlock(FinishedBlock block) {
@@ -56,47 +60,55 @@ bool FLKVideoBufferSampleReader::readTo(double target, FinishedBlock block) {
             return false;
     }
     // startReading may have failed: the job then ends at once with no frames.
-    std::weak_ptr<FLKVideoBufferSampleReader> weakSelf = weak_from_this();
-    auto queue = bufferingQueueLocked();
-    const uint64_t generation = generation_;
-    queue->async([weakSelf, target, block = std::move(block), reader, generation] {
-        if (auto self = weakSelf.lock()) self->performBufferingTo(target, block, reader, generation);
-    });
+    BufferingJob job{target, std::move(block), reader, generation_, decodeWindow_,
+                     decodeWindow_->beginJob(readRange_.start)};
+    bufferingQueueLocked()->async([weakSelf = weak_from_this(), job = std::move(job)] { performBuffering(weakSelf, job); });
     return true;
 }
 
-void FLKVideoBufferSampleReader::performBufferingTo(double target, const FinishedBlock& block,
-                                                    const std::shared_ptr<FLKAssetReader>& reader,
-                                                    uint64_t generation) {
-    flk::log("Reading to %f", target);
+void FLKVideoBufferSampleReader::performBuffering(const std::weak_ptr<FLKVideoBufferSampleReader>& weakSelf,
+                                                  const BufferingJob& job) {
+    flk::log("Reading to %f", job.target);
     const auto started = std::chrono::steady_clock::now();
+    double decodedTime = -std::numeric_limits<double>::infinity();
     while (true) {
-        if (status_.load() == kCancelled) {
-            reader->cancelReading();
+        if (!job.window->waitForRoom(job.ticket, decodedTime)) {
+            job.reader->cancelReading();
             break;
         }
-        auto frame = reader->copyNextSampleBuffer();
-        if (!frame) break;
-        const float timeStamp = static_cast<float>(frame->presentationTime());
-        addFrame(frame, generation);
-        if (!(target > timeStamp)) break;
-    }
-    {
-        std::lock_guard lock(mutex_);
-        if (generation == generation_) {
-            isBuffering_.store(false);
-            switch (reader->status()) {
-                // A segment that cannot be decoded is over too: it holds no frames.
-                case FLKAssetReaderStatus::Completed:
-                case FLKAssetReaderStatus::Failed: status_.store(kFinished); break;
-                case FLKAssetReaderStatus::Reading: status_.store(kIdle); break;
-                default: break;
-            }
+        auto self = weakSelf.lock();
+        if (!self) {
+            job.reader->cancelReading();
+            return;
         }
+        if (self->status_.load() == kCancelled) {
+            job.reader->cancelReading();
+            break;
+        }
+        auto frame = job.reader->copyNextSampleBuffer();
+        if (!frame) break;
+        decodedTime = frame->presentationTime();
+        const float timeStamp = static_cast<float>(frame->presentationTime());
+        self->addFrame(frame, job.generation);
+        if (!(job.target > timeStamp)) break;
     }
-    if (block) block();
+    if (auto self = weakSelf.lock()) self->finishBuffering(job);
+    if (job.block) job.block();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - started;
-    flk::log("Done Reading to %f in %fs", target, elapsed.count());
+    flk::log("Done Reading to %f in %fs", job.target, elapsed.count());
+}
+
+void FLKVideoBufferSampleReader::finishBuffering(const BufferingJob& job) {
+    std::lock_guard lock(mutex_);
+    if (job.generation != generation_) return;
+    isBuffering_.store(false);
+    switch (job.reader->status()) {
+        // A segment that cannot be decoded is over too: it holds no frames.
+        case FLKAssetReaderStatus::Completed:
+        case FLKAssetReaderStatus::Failed: status_.store(kFinished); break;
+        case FLKAssetReaderStatus::Reading: status_.store(kIdle); break;
+        default: break;
+    }
 }
 
 void FLKVideoBufferSampleReader::addFrame(const std::shared_ptr<FLKVideoFrame>& frame, uint64_t generation) {
@@ -112,6 +124,12 @@ void FLKVideoBufferSampleReader::addFrame(const std::shared_ptr<FLKVideoFrame>& 
     if (generation != generation_) return;
     if (!textureBuffer_) textureBuffer_ = std::make_shared<FLKTextureBuffer>(kRingSize);
     textureBuffer_->addTexture(std::move(texture));
+    releaseShownFramesLocked();
+}
+
+void FLKVideoBufferSampleReader::releaseShownFramesLocked() const {
+    // Two periods, so that every lookup still finds what it would in a full ring.
+    if (textureBuffer_) textureBuffer_->removeTexturesBefore(decodeWindow_->releasableBefore(2.0 * framePeriod()));
 }
 
 void FLKVideoBufferSampleReader::cancelReading() {
@@ -120,6 +138,7 @@ void FLKVideoBufferSampleReader::cancelReading() {
     status_.store(kCancelled);
     // The running job, if any, stops at its next frame and lets go of the queue.
     if (assetReader_) assetReader_->cancelReading();
+    decodeWindow_->interrupt();
     queue = std::move(bufferingQueue_);
     bufferingQueue_.reset();
     if (queue && isBuffering_.load()) {
@@ -139,6 +158,7 @@ void FLKVideoBufferSampleReader::reset() {
             assetReader_.reset();
             bufferingQueue_.reset();
             isBuffering_.store(false);
+            decodeWindow_->interrupt();
             dropped = true;
         }
     }
@@ -150,7 +170,11 @@ void FLKVideoBufferSampleReader::reset() {
 }
 
 std::shared_ptr<FLKAssetReader> FLKVideoBufferSampleReader::assetReaderLocked() {
-    if (!assetReader_) assetReader_ = std::make_shared<FLKAssetReader>(asset_, readRange_.start, readRange_.end);
+    if (assetReader_) return assetReader_;
+    assetReader_ = std::make_shared<FLKAssetReader>(asset_, readRange_.start, readRange_.end);
+    // A play-through keeps two segments' decoders open at once, and its other
+    // stages keep every core busy: frame threads would only hold more frames.
+    assetReader_->setSingleThreaded(decodeWindow_->aheadTime() != FLKDecodeWindow::kUnlimited);
     return assetReader_;
 }
 
@@ -161,16 +185,17 @@ std::shared_ptr<FLKDispatchQueue> FLKVideoBufferSampleReader::bufferingQueueLock
     return bufferingQueue_;
 }
 
-std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureAtMediaTime(double mediaTime) const {
-    const double margin = 1.0 / static_cast<double>(FLKContext::fps());
+std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureAtMediaTime(double mediaTime, bool shown) const {
+    decodeWindow_->noteLookup(mediaTime, shown);
     std::lock_guard lock(mutex_);
-    return textureBuffer_ ? textureBuffer_->textureAtTime(mediaTime, margin) : nullptr;
+    if (shown) releaseShownFramesLocked();
+    return textureBuffer_ ? textureBuffer_->textureAtTime(mediaTime, framePeriod()) : nullptr;
 }
 
 std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureForClip(
-    const std::shared_ptr<FLKTimelineClip>& clip, double t) const {
+    const std::shared_ptr<FLKTimelineClip>& clip, double t, bool shown) const {
     auto videoClip = std::dynamic_pointer_cast<FLKVideoClip>(clip);
-    return videoClip ? sampleTextureAtMediaTime(videoClip->clipTimeForTimelineTime(t)) : nullptr;
+    return videoClip ? sampleTextureAtMediaTime(videoClip->clipTimeForTimelineTime(t), shown) : nullptr;
 }
 
 bool FLKVideoBufferSampleReader::hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) {
@@ -179,7 +204,7 @@ bool FLKVideoBufferSampleReader::hasTextureForClip(const std::shared_ptr<FLKTime
 
 std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
     const std::shared_ptr<FLKTimelineClip>& clip, double t) {
-    auto sample = sampleTextureForClip(clip, t);
+    auto sample = sampleTextureForClip(clip, t, true);
     auto imageFilter = filter();
     if (imageFilter && !sample) {
         std::lock_guard lock(lookupMutex_);

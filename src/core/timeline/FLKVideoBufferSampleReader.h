@@ -13,6 +13,7 @@
 #include "core/media/FLKAsset.h"
 #include "core/media/FLKAssetReader.h"
 #include "core/media/FLKVideoFrame.h"
+#include "core/timeline/FLKDecodeWindow.h"
 #include "core/timeline/FLKTimeRange.h"
 #include "core/timeline/FLKVideoSampleReader.h"
 
@@ -20,7 +21,8 @@ class FLKDispatchQueue;
 
 // Decodes one segment of an asset's video, in one go on a queue of its own,
 // into a ring of 720 x 720 bi-planar textures kept until reset, and answers
-// the frame shown at a time.
+// the frame shown at a time. Given a decode-ahead time, it decodes only that
+// far past the frames looked up and lets the earlier ones go instead.
 //
 // Threads: reads, cancel and reset come from the main thread; lookups from the
 // render thread (textureForClip) or any thread (hasTextureForClip); decoding
@@ -42,13 +44,18 @@ public:
     bool readTo(double target, FinishedBlock block = {});
     void cancelReading();
     void reset();
+    // Seconds decoded past the latest lookup, for a timeline played straight
+    // through; FLKDecodeWindow::kUnlimited (the default) keeps every frame.
+    void setDecodeAheadTime(double seconds) { decodeWindow_->setAheadTime(seconds); }
 
     std::shared_ptr<FLKGPUTexture> textureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
     bool hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
     // The decoded frame (before filtering) shown for the clip at timeline time t.
-    std::shared_ptr<FLKTexture> sampleTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) const;
-    // The decoded frame within one frame period of a media time.
-    std::shared_ptr<FLKTexture> sampleTextureAtMediaTime(double mediaTime) const;
+    std::shared_ptr<FLKTexture> sampleTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t,
+                                                     bool shown = false) const;
+    // The decoded frame within one frame period of a media time; `shown`
+    // when it is about to be drawn rather than only looked for.
+    std::shared_ptr<FLKTexture> sampleTextureAtMediaTime(double mediaTime, bool shown = false) const;
     size_t numberOfBufferedFrames() const;
 
     const std::shared_ptr<FLKAsset>& asset() const { return asset_; }
@@ -63,9 +70,22 @@ public:
     void setFilter(std::shared_ptr<FLKImageFilter> filter);
 
 private:
-    void performBufferingTo(double target, const FinishedBlock& block, const std::shared_ptr<FLKAssetReader>& reader,
-                            uint64_t generation);
+    struct BufferingJob {
+        double target;
+        FinishedBlock block;
+        std::shared_ptr<FLKAssetReader> reader;
+        uint64_t generation;
+        std::shared_ptr<FLKDecodeWindow> window;
+        uint64_t ticket;
+    };
+    // Holds the reader only while it adds a frame: a job waiting for room
+    // must not keep a dropped reader alive.
+    static void performBuffering(const std::weak_ptr<FLKVideoBufferSampleReader>& weakSelf, const BufferingJob& job);
+    void finishBuffering(const BufferingJob& job);
     void addFrame(const std::shared_ptr<FLKVideoFrame>& frame, uint64_t generation);
+    // With a decode-ahead time: drops the frames before those recently shown
+    // (the ring's contents, not the reader's state).
+    void releaseShownFramesLocked() const;
     std::shared_ptr<FLKAssetReader> assetReaderLocked();
     std::shared_ptr<FLKDispatchQueue> bufferingQueueLocked();
     void rememberUploadLocked(const std::shared_ptr<FLKTexture>& sample);
@@ -79,6 +99,7 @@ private:
     const std::shared_ptr<FLKAsset> asset_;
     const FLKTimeRange readRange_;
     const double widthInSeconds_;
+    const std::shared_ptr<FLKDecodeWindow> decodeWindow_ = std::make_shared<FLKDecodeWindow>();
 
     std::atomic<uint64_t> status_{kIdle};       // written on main and by the job under mutex_, read anywhere
     std::atomic<bool> isBuffering_{false};      // same

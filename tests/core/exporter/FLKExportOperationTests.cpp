@@ -83,6 +83,10 @@ protected:
         mainQueue->runUntil([&] { return drained; });
     }
 
+    std::vector<std::optional<uint32_t>> exportNumberedClips(
+        const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
+        const std::shared_ptr<FLKTimeline>& timeline);
+
     std::shared_ptr<FLKRunLoopMainQueue> mainQueue;
     std::shared_ptr<RecordedFeedback> feedback;
     fs::path folder;
@@ -286,24 +290,23 @@ TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
     EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
 }
 
-// A recording on the editor's timeline is exported through a copy of that
-// timeline with readers of its own: the file shows the recording's frames in
-// order, and the editor's play head stays where it was.
-TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+// Exports a 320 x 240 scene showing the video track that `arrange` fills
+// with clips of a 30-frame numbered recording; the first number of each frame.
+std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
+    const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
+    const std::shared_ptr<FLKTimeline>& timeline) {
     FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
     const fs::path recording = folder / "numbered.mp4";
     FLKSyntheticVideo::Options options;
     options.frameCount = 30;
-    ASSERT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
+    EXPECT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
 
     const FLKRect frame{0, 0, 320, 240};
     auto scene = std::make_shared<FLKScene>();
     scene->setMainCamera(FLKCamera::cameraWithFrame(frame));
     scene->addChild(FLKVideoContainer::videoContainerWithFrame(frame));
-    auto timeline = FLKTimeline::timelineWithTimer({});
     auto track = timeline->createVideoTrack();
-    track->addClip(track->createClipWithVideoURL(recording));
+    arrange(*track, track->createClipWithVideoURL(recording));
     timeline->mapScene(scene);
     timeline->setCurrentTime(0.5);
 
@@ -314,24 +317,60 @@ TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHe
                                                             frame.size, 30);
     queue->addOperation(operation);
     runUntilSessionEnds(log);
+    FLKTimelineVideoTrack::setBufferManagersFactory({});
 
-    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
-    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
-    EXPECT_DOUBLE_EQ(track->currentTime(), 0.5);
+    EXPECT_FALSE(operation->error()) << operation->error()->fullMessage();
     const auto movie = flktest::probeMovie(destination, 30);
-    ASSERT_EQ(movie.videoPackets, 30);
-    ASSERT_EQ(movie.firstNumbers.size(), 30u);
+    EXPECT_EQ(movie.videoPackets, 30);
+    return movie.firstNumbers;
+}
+
+// A recording on the editor's timeline is exported through a copy of that
+// timeline with readers of its own: the file shows the recording's frames in
+// order, and the editor's play head stays where it was.
+TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
+        timeline);
+    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
+    EXPECT_DOUBLE_EQ(timeline->tracks().front()->currentTime(), 0.5);
+    ASSERT_EQ(numbers.size(), 30u);
     // Frame k of the file is rendered at (k + 1) / 30 s, where the decoded
     // frame k (one period away, first in ring order) or k + 1 answers. The
     // last one is rendered at the end, which stops the timeline where it stood.
     uint32_t previous = 0;
     for (uint32_t k = 0; k < 30; ++k) {
-        ASSERT_TRUE(movie.firstNumbers[k]) << "frame " << k << " shows no number";
-        const uint32_t shown = *movie.firstNumbers[k];
+        ASSERT_TRUE(numbers[k]) << "frame " << k << " shows no number";
+        const uint32_t shown = *numbers[k];
         const uint32_t lowest = k == 29 ? 28 : k;
         EXPECT_TRUE(shown >= lowest && shown <= k + 1) << "frame " << k << " shows " << shown;
         EXPECT_GE(shown, previous) << "frame " << k;
         previous = shown;
     }
-    FLKTimelineVideoTrack::setBufferManagersFactory({});
+}
+
+// The second half of the recording first, then the first half: an export lets
+// shown frames go only where nothing earlier is asked for later.
+TEST_F(FLKExportQueueTest, ClipsGoingBackInTheirRecordingShowTheirOwnFrames) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) {
+            track.addClip(std::make_shared<FLKVideoClip>("late", whole->media(), FLKTimeRange{0, 0.5},
+                                                         FLKTimeRange{0.5, 1.0}));
+            track.addClip(std::make_shared<FLKVideoClip>("early", whole->media(), FLKTimeRange{0.5, 1.0},
+                                                         FLKTimeRange{0, 0.5}));
+            EXPECT_FALSE(track.showsEachRecordingForward());
+        },
+        FLKTimeline::timelineWithTimer({}));
+    ASSERT_EQ(numbers.size(), 30u);
+    for (uint32_t k = 0; k < 29; ++k) {
+        ASSERT_TRUE(numbers[k]) << "frame " << k << " shows no number";
+        if (k == 14) continue;  // at the seam either clip may answer
+        // Rendered at (k + 1) / 30 s: the late half maps it to k + 16, the early one to k - 14.
+        const uint32_t expected = k + 1 < 15 ? k + 16 : k - 14;
+        EXPECT_LE(std::abs(static_cast<int>(*numbers[k]) - static_cast<int>(expected)), 1)
+            << "frame " << k << " shows " << *numbers[k];
+    }
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <future>
+#include <thread>
 
 #include "FLKBufferTestSupport.h"
 #include "core/gpu/FLKBiplanarConverterFilter.h"
@@ -119,6 +120,52 @@ TEST_F(ReaderFixture, OnlyTheLatestFramesShownKeepTheirUploadAndOlderOnesUploadA
     EXPECT_EQ(numberShownBy(*again), 1u) << "a frame shown again is uploaded again";
     EXPECT_FALSE(segment->sampleTextureForClip(clip, timeOf(4))->texture());
     EXPECT_TRUE(segment->sampleTextureForClip(clip, timeOf(5))->texture());
+}
+
+// As in an export: the readiness check looks 1.25 s past the play head, then
+// the frame at the play head is shown.
+TEST_F(ReaderFixture, WithADecodeAheadTimeHoldsOnlyTheFramesAboutToBeShown) {
+    constexpr double kPeekAhead = 1.25;
+    // From the frames kept behind the latest shown one to half a second past the peek.
+    constexpr size_t kMostHeld = 4 + 38 + 15;
+    auto segment = reader(0, 5);
+    segment->setDecodeAheadTime(0.5);
+    ASSERT_TRUE(segment->readWithFinishedBlock());
+    ASSERT_TRUE(flktest::eventually([&] { return segment->numberOfBufferedFrames() >= 15; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_LE(segment->numberOfBufferedFrames(), 16u) << "decoding waits for the first lookup";
+    EXPECT_TRUE(segment->isBuffering());
+
+    size_t mostHeld = 0;
+    for (uint32_t n = 0; n < 150; ++n) {
+        const double t = (n + 0.5) / 30;
+        const double peek = std::min(t + kPeekAhead, 4.99);
+        ASSERT_TRUE(flktest::eventually([&] { return segment->hasTextureForClip(clip, peek); })) << "at " << peek;
+        EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, t, true)), n) << "a peek ahead releases nothing";
+        mostHeld = std::max(mostHeld, segment->numberOfBufferedFrames());
+    }
+    EXPECT_LE(mostHeld, kMostHeld);
+    waitForRead(segment);
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kFinished);
+    EXPECT_LE(segment->numberOfBufferedFrames(), 4u + 1u) << "shown frames go";
+}
+
+TEST_F(ReaderFixture, AReaderWaitingForThePlayHeadCanBeCancelledOrDropped) {
+    auto segment = reader(0, 5);
+    segment->setDecodeAheadTime(0.5);
+    ASSERT_TRUE(segment->readWithFinishedBlock());
+    ASSERT_TRUE(flktest::eventually([&] { return segment->numberOfBufferedFrames() >= 15; }));
+    segment->cancelReading();
+    waitForRead(segment);
+    EXPECT_EQ(segment->status(), FLKVideoSampleReader::kCancelled);
+
+    segment->reset();
+    ASSERT_TRUE(segment->readWithFinishedBlock()) << "a cancelled segment reads again after a reset";
+    ASSERT_TRUE(flktest::eventually([&] { return segment->hasTextureForClip(clip, 0.5 / 30); }));
+    std::weak_ptr<FLKVideoBufferSampleReader> dropped = segment;
+    segment.reset();
+    EXPECT_TRUE(flktest::eventually([&] { return dropped.expired(); }))
+        << "a job waiting for room must not keep its reader";
 }
 
 TEST_F(ReaderFixture, SegmentsWithoutFramesFinishEmpty) {
