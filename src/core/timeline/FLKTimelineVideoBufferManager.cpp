@@ -63,6 +63,7 @@ void FLKTimelineVideoBufferManager::removeAllBuffers() {
         backBuffers_.clear();
         currentBuffer_.reset();
         recentlyRequested_.clear();
+        latestRequestTimes_.clear();
     }
     // A job still decoding holds its reader until it notices the cancel.
     for (const auto& [url, readers] : dropped) {
@@ -153,6 +154,7 @@ void FLKTimelineVideoBufferManager::rememberRequestLocked(const std::shared_ptr<
     const Readers* readers = readersLocked(clip);
     if (!readers) return;
     const double mediaTime = clip->clipTimeForTimelineTime(t);
+    latestRequestTimes_[clip->assetURL()] = mediaTime;
     for (const auto& reader : *readers) {
         if (!reader->readRange().containsTime(mediaTime)) continue;
         recentlyRequested_.push_back(reader);
@@ -167,12 +169,28 @@ void FLKTimelineVideoBufferManager::resetFirstBackBufferIfNecessaryLocked() {
     // clips, now and a margin ahead); resetting one of those would make every
     // update read it again and drop another. Such a segment waits its turn.
     auto isRecentlyRequested = [&](const std::shared_ptr<FLKVideoBufferSampleReader>& reader) {
-        return std::find(recentlyRequested_.begin(), recentlyRequested_.end(), reader) != recentlyRequested_.end();
+        return std::find(recentlyRequested_.begin(), recentlyRequested_.end(), reader) != recentlyRequested_.end() ||
+               isReadAheadForLatestRequestLocked(reader);
     };
     auto oldest = std::find_if_not(backBuffers_.begin(), backBuffers_.end(), isRecentlyRequested);
     if (oldest == backBuffers_.end()) return;
     (*oldest)->reset();
     backBuffers_.erase(oldest);
+}
+
+// A segment read ahead of its asset's latest request: the play head is on its
+// way there, and the readiness check already looks into it.
+bool FLKTimelineVideoBufferManager::isReadAheadForLatestRequestLocked(
+    const std::shared_ptr<FLKVideoBufferSampleReader>& reader) const {
+    for (const auto& [url, readers] : assetBuffers_) {
+        if (std::find(readers.begin(), readers.end(), reader) == readers.end()) continue;
+        auto latest = latestRequestTimes_.find(url);
+        if (latest == latestRequestTimes_.end()) return false;
+        const FLKTimeRange range = reader->readRange();
+        return latest->second < range.start &&
+               FLKTimeRange{range.start - bufferingMarginTime_, range.end + bufferingMarginTime_}.containsTime(latest->second);
+    }
+    return false;
 }
 
 FLKTimelineVideoBufferManager::Readers FLKTimelineVideoBufferManager::buffersForClip(

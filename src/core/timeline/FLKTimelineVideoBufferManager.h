@@ -68,6 +68,7 @@ private:
     void rememberRequestLocked(const std::shared_ptr<FLKVideoClip>& clip, double t);
     void resetCancelledBuffersLocked(const std::shared_ptr<FLKVideoClip>& clip, double t);
     void resetFirstBackBufferIfNecessaryLocked();
+    bool isReadAheadForLatestRequestLocked(const std::shared_ptr<FLKVideoBufferSampleReader>& reader) const;
 
     static constexpr size_t kRememberedRequests = 4;
 
@@ -80,6 +81,8 @@ private:
     Readers backBuffers_;                                          // guarded by mutex_; oldest first
     std::shared_ptr<FLKVideoBufferSampleReader> currentBuffer_;    // guarded by mutex_
     uint64_t maxBackBuffers_ = 1;                                  // guarded by mutex_
+    // The media time of each asset's latest buffering request.
+    std::map<std::filesystem::path, double> latestRequestTimes_;  // guarded by mutex_
     // Segments holding the times of the latest buffering requests, oldest first.
     std::deque<std::shared_ptr<FLKVideoBufferSampleReader>> recentlyRequested_;  // guarded by mutex_
 };

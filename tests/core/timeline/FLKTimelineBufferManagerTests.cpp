@@ -129,6 +129,25 @@ TEST_F(ManagerFixture, StartsASegmentAMarginAheadAndKeepsOneBackSegment) {
     EXPECT_EQ(readers[0]->numberOfBufferedFrames(), 150u);
 }
 
+// Before a transition one update reads the next clip's segments too; the
+// segment read ahead for the current clip must survive them, or every update
+// reads it again and the play head never reaches it.
+TEST_F(ManagerFixture, ASegmentReadAheadSurvivesTheNextClipsReads) {
+    auto next = flktest::clipOfFile("B", flktest::numberedVideo(300), {3, 13}, {0, 10});
+    manager.createBuffersForClip(clip);
+    manager.createBuffersForClip(next);
+    const Readers readers = manager.buffersForClip(clip);
+    manager.startBufferingForClip(clip, 0);
+    manager.startBufferingForClip(clip, 2.6);
+    ASSERT_EQ(manager.currentBuffer(), readers[1]);
+    manager.startBufferingForClip(next, 5.6);
+    EXPECT_EQ(manager.currentBuffer(), manager.buffersForClip(next)[0]);
+    waitForReads(readers);
+    EXPECT_EQ(readers[1]->status(), FLKVideoSampleReader::kFinished) << "the read-ahead segment was dropped";
+    EXPECT_EQ(readers[1]->numberOfBufferedFrames(), 150u);
+    waitForReads(manager.buffersForClip(next));
+}
+
 struct TrackFixture : ::testing::Test {
     void SetUp() override {
         FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
