@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <system_error>
 
@@ -44,6 +45,19 @@ std::optional<FLKError> FLKVideoRecorder::problemWithDestination(const fs::path&
     return std::nullopt;
 }
 
+int FLKVideoRecorder::lookaheadFramesForSize(FLKSize size) {
+    // The encoder keeps each frame it looks ahead at full and quarter size,
+    // padded: about three bytes a pixel. Its default of 40 frames takes about
+    // 300 MB at 1080 x 1920, the largest part of an export's memory; bound it.
+    constexpr double kBudgetBytes = 64.0 * 1024 * 1024;
+    constexpr double kBytesPerPixel = 3;
+    constexpr int kPresetFrames = 40;
+    constexpr int kFewestFrames = 10;  // below this, the rate control barely sees a scene change coming
+    const double frames = kBudgetBytes / (std::max(size.width * size.height, 1.0) * kBytesPerPixel);
+    if (frames >= kPresetFrames) return -1;
+    return std::max(kFewestFrames, static_cast<int>(frames));
+}
+
 bool FLKVideoRecorder::record(FLKError* error) {
     if (isRecording_.load()) return true;
     currentFrame_.store(0);
@@ -61,6 +75,9 @@ bool FLKVideoRecorder::record(FLKError* error) {
     options.height = static_cast<int>(exportOptions_->videoSize().height);
     options.fps = static_cast<int>(frameCalculator_->fps());
     options.threaded = true;  // rendering the next frame overlaps encoding this one
+    // One frame waiting is enough for the overlap; each is a full BGRA frame.
+    options.queueCapacity = 1;
+    options.lookaheadFrames = lookaheadFramesForSize(exportOptions_->videoSize());
     encoder_ = std::make_unique<FLKVideoEncoder>(tempDestinationURL_.string(), options);
     FLKError startError;
     if (!encoder_->start(&startError)) {

@@ -47,6 +47,10 @@ public:
     const std::filesystem::path& destinationURL() const override { return exportOptions_->destinationURL(); }
     const std::filesystem::path& tempDestinationURL() const { return tempDestinationURL_; }
 
+    // The encoder's lookahead for frames of this size: -1 (its own) for small
+    // frames, fewer frames for large ones.
+    static int lookaheadFramesForSize(FLKSize size);
+
     // Why a file cannot be written at `destination`, before any work is done.
     static std::optional<FLKError> problemWithDestination(const std::filesystem::path& destination);
 

@@ -53,7 +53,15 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
         flk::setError(error, workerError_);
         return false;
     }
-    queue_.push_back(frame);
+    // Frames are copied into storage the worker handed back: a frame-sized
+    // allocation a frame would churn the allocator and hold memory it cannot return.
+    FLKPixelBuffer copy = spares_.empty() ? FLKPixelBuffer() : std::move(spares_.back());
+    if (!spares_.empty()) spares_.pop_back();
+    copy.width = frame.width;
+    copy.height = frame.height;
+    copy.stride = frame.stride;
+    copy.bgra.assign(frame.bgra.begin(), frame.bgra.end());
+    queue_.push_back(std::move(copy));
     ++framesAppended_;
     queueChanged_.notify_all();
     return true;
@@ -78,13 +86,15 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
         }
         FLKError error;
-        if (!encodeNow(frame, &error)) {
-            std::lock_guard lock(queueMutex_);
+        const bool encoded = encodeNow(frame, &error);
+        std::lock_guard lock(queueMutex_);
+        if (!encoded) {
             workerError_ = error;
             queue_.clear();
             queueChanged_.notify_all();
             return;
         }
+        spares_.push_back(std::move(frame));
     }
 }
 

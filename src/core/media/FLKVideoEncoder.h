@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKPixelBuffer.h"
@@ -35,6 +36,8 @@ public:
         int rotationDegrees = 0;
         bool threaded = false;
         size_t queueCapacity = 4;
+        // Frames the rate control looks ahead; each is held in full. -1 keeps the preset's.
+        int lookaheadFrames = -1;
     };
 
     FLKVideoEncoder(std::string path, Options options);
@@ -69,9 +72,10 @@ private:
     bool finished_ = false;                            // producer thread only
 
     std::thread worker_;
-    std::mutex queueMutex_;              // guards queue_, stopRequested_, workerError_
+    std::mutex queueMutex_;              // guards queue_, spares_, stopRequested_, workerError_
     std::condition_variable queueChanged_;
     std::deque<FLKPixelBuffer> queue_;
+    std::vector<FLKPixelBuffer> spares_;  // encoded frames' storage, to be filled again
     bool stopRequested_ = false;
     FLKError workerError_;
 };

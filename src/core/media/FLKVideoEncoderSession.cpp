@@ -60,6 +60,7 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     av_opt_set(context->priv_data, "profile", tenBit ? "high10" : "high", 0);
     av_opt_set(context->priv_data, "preset", options.preset.c_str(), 0);
     if (options.crf > 0) av_opt_set_double(context->priv_data, "crf", options.crf, 0);
+    if (options.lookaheadFrames >= 0) av_opt_set_int(context->priv_data, "rc-lookahead", options.lookaheadFrames, 0);
     int status = avcodec_open2(context, codec, nullptr);
     if (status < 0) {
         *reason = "Cannot open the H.264 encoder for \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";

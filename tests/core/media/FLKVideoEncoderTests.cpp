@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "FLKMediaTestSupport.h"
 #include "core/media/FLKAssetReader.h"
 #include "core/media/FLKVideoEncoder.h"
@@ -58,6 +61,27 @@ TEST(FLKVideoEncoder, WritesHighProfileBT709AtTheFrameRate) {
     EXPECT_NEAR(asset.duration(), 1.5, 1e-3);
     EXPECT_FLOAT_EQ(asset.videoTrack()->nominalFrameRate, 30.0f);
     EXPECT_EQ(numbersIn(path), sequence(45));
+}
+
+// x264 writes the settings it ran with into the stream.
+std::string encoderSettingsIn(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    const auto at = bytes.find("options: ");
+    return at == std::string::npos ? std::string() : bytes.substr(at, bytes.find('\0', at) - at);
+}
+
+TEST(FLKVideoEncoder, TheLookaheadIsThePresetsUnlessBounded) {
+    for (int lookahead : {-1, 10}) {
+        std::string path = flk::test::mediaPath("lookahead.mp4").string();
+        FLKVideoEncoder encoder(path, {.width = 128, .height = 72, .lookaheadFrames = lookahead});
+        FLKError error;
+        ASSERT_TRUE(writeNumbered(encoder, 12, &error)) << error.fullMessage();
+        const std::string settings = encoderSettingsIn(path);
+        EXPECT_NE(settings.find(lookahead < 0 ? " rc_lookahead=40 " : " rc_lookahead=10 "), std::string::npos)
+            << settings;
+        EXPECT_NE(settings.find(" bframes=3 "), std::string::npos) << "the rest stays the preset's: " << settings;
+    }
 }
 
 TEST(FLKVideoEncoder, ThreadedEncodingKeepsEveryFrameInOrder) {
