@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <CLI/CLI.hpp>
 
 #include "cli/ExportCommand.h"
@@ -11,6 +13,10 @@
 #include "core/platform/FLKLog.h"
 
 int main(int argc, char** argv) {
+    // Frames of a megabyte and more are allocated and freed on different
+    // threads all through an export; glibc would otherwise raise its mmap
+    // threshold after the first free and keep them in arenas it cannot shrink.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
     flk::installCoreServices();
     CLI::App app{"Flickwell without a window: make app videos from templates and recordings"};
     app.require_subcommand(1);
