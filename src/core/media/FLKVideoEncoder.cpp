@@ -55,8 +55,11 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
     }
     // Frames are copied into storage the worker handed back: a frame-sized
     // allocation a frame would churn the allocator and hold memory it cannot return.
-    FLKPixelBuffer copy = spares_.empty() ? FLKPixelBuffer() : std::move(spares_.back());
-    if (!spares_.empty()) spares_.pop_back();
+    FLKPixelBuffer copy;
+    if (!spares_.empty()) {
+        copy = std::move(spares_.back());
+        spares_.pop_back();
+    }
     copy.width = frame.width;
     copy.height = frame.height;
     copy.stride = frame.stride;

@@ -17,14 +17,14 @@ double FLKDecodeWindow::aheadTime() const {
 }
 
 uint64_t FLKDecodeWindow::beginJob(double start) {
+    uint64_t ticket;
     {
         std::lock_guard lock(mutex_);
-        ++ticket_;
+        ticket = ++ticket_;
         start_ = start;
     }
     roomChanged_.notify_all();
-    std::lock_guard lock(mutex_);
-    return ticket_;
+    return ticket;
 }
 
 void FLKDecodeWindow::interrupt() {

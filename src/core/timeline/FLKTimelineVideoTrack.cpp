@@ -64,10 +64,7 @@ void FLKTimelineVideoTrack::setDecodeAheadTime(double seconds) {
 }
 
 bool FLKTimelineVideoTrack::showsEachRecordingForward() const {
-    std::vector<std::shared_ptr<FLKVideoClip>> videoClips;
-    for (const auto& clip : clips()) {
-        if (auto videoClip = std::dynamic_pointer_cast<FLKVideoClip>(clip)) videoClips.push_back(videoClip);
-    }
+    auto videoClips = this->videoClips();
     std::sort(videoClips.begin(), videoClips.end(),
               [](const auto& a, const auto& b) { return a->timeRange().start < b->timeRange().start; });
     std::map<std::filesystem::path, double> shownUpTo;

@@ -72,16 +72,9 @@ void FLKVideoBufferSampleReader::performBuffering(const std::weak_ptr<FLKVideoBu
     const auto started = std::chrono::steady_clock::now();
     double decodedTime = -std::numeric_limits<double>::infinity();
     while (true) {
-        if (!job.window->waitForRoom(job.ticket, decodedTime)) {
-            job.reader->cancelReading();
-            break;
-        }
-        auto self = weakSelf.lock();
-        if (!self) {
-            job.reader->cancelReading();
-            return;
-        }
-        if (self->status_.load() == kCancelled) {
+        // Interrupted, dropped or cancelled: the decoder stops here.
+        auto self = job.window->waitForRoom(job.ticket, decodedTime) ? weakSelf.lock() : nullptr;
+        if (!self || self->status_.load() == kCancelled) {
             job.reader->cancelReading();
             break;
         }

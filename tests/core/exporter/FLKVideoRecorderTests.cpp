@@ -100,14 +100,6 @@ TEST(FLKVideoRecorderTest, DropsTheFirstBufferAndWritesEveryOtherAtItsFrameTime)
     }
 }
 
-// The encoder's lookahead frames dominate an export's memory at store sizes.
-TEST(FLKVideoRecorderTest, LargeFramesGetAShorterLookahead) {
-    EXPECT_EQ(FLKVideoRecorder::lookaheadFramesForSize({540, 960}), -1) << "small frames keep the encoder's own";
-    EXPECT_EQ(FLKVideoRecorder::lookaheadFramesForSize({1080, 1080}), 19);
-    EXPECT_EQ(FLKVideoRecorder::lookaheadFramesForSize({1080, 1920}), 10);
-    EXPECT_EQ(FLKVideoRecorder::lookaheadFramesForSize({3840, 2160}), 10) << "never below ten";
-}
-
 TEST(FLKVideoRecorderTest, UnusableDestinationsAreRefusedBeforeAnyWork) {
     const fs::path folder = freshFolder("refused");
     fs::create_directories(folder / "taken.mp4");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "FLKRenderTestSupport.h"
 #include "core/render/FLKCoverageQuad.h"
@@ -93,72 +94,61 @@ TEST(FLKCoverageQuadTest, RingRecordsExtendTheQuadsOwnMaps) {
 
 // ---- Frames drawn both ways ----
 
-std::shared_ptr<FLKGPUTexture> checkerTexture(int size, int cell) {
-    std::vector<uint8_t> pixels(size_t(size) * size * 4);
-    for (int y = 0; y < size; ++y) {
-        for (int x = 0; x < size; ++x) {
-            uint8_t* p = &pixels[(size_t(y) * size + x) * 4];
-            bool dark = ((x / cell) + (y / cell)) % 2;
-            p[0] = dark ? 20 : 230;
-            p[1] = uint8_t(x * 255 / size);
-            p[2] = uint8_t(y * 255 / size);
-            p[3] = 255;
-        }
+// An RGBA8 texture whose pixels `paint` fills; they start transparent black.
+std::shared_ptr<FLKGPUTexture> paintedTexture(int width, int height,
+                                              const std::function<void(int x, int y, uint8_t* rgba)>& paint) {
+    std::vector<uint8_t> pixels(size_t(width) * height * 4, 0);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) paint(x, y, &pixels[(size_t(y) * width + x) * 4]);
     }
-    return std::make_shared<FLKGPUTexture>(size, size, FLKPixelFormat::RGBA8, std::move(pixels));
+    return std::make_shared<FLKGPUTexture>(width, height, FLKPixelFormat::RGBA8, std::move(pixels));
+}
+
+std::shared_ptr<FLKGPUTexture> checkerTexture(int size, int cell) {
+    return paintedTexture(size, size, [&](int x, int y, uint8_t* p) {
+        bool dark = ((x / cell) + (y / cell)) % 2;
+        p[0] = dark ? 20 : 230;
+        p[1] = uint8_t(x * 255 / size);
+        p[2] = uint8_t(y * 255 / size);
+        p[3] = 255;
+    });
 }
 
 // A bezel of premultiplied half-transparent grey around a transparent opening.
 std::shared_ptr<FLKGPUTexture> artworkTexture(int width, int height, int border) {
-    std::vector<uint8_t> pixels(size_t(width) * height * 4, 0);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            if (x >= border && x < width - border && y >= border && y < height - border) continue;
-            uint8_t* p = &pixels[(size_t(y) * width + x) * 4];
-            p[0] = p[1] = p[2] = 60;
-            p[3] = 200;
-        }
-    }
-    return std::make_shared<FLKGPUTexture>(width, height, FLKPixelFormat::RGBA8, std::move(pixels));
+    return paintedTexture(width, height, [&](int x, int y, uint8_t* p) {
+        if (x >= border && x < width - border && y >= border && y < height - border) return;
+        p[0] = p[1] = p[2] = 60;
+        p[3] = 200;
+    });
 }
 
 // Device artwork as the templates draw it: a canvas-sized, mostly transparent
 // picture holding an opaque bezel around a transparent opening and a soft
 // premultiplied black shadow falling off around the body.
 std::shared_ptr<FLKGPUTexture> canvasArtworkTexture(int width, int height, const FLKRect& body, int bezel) {
-    std::vector<uint8_t> pixels(size_t(width) * height * 4, 0);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            double dx = std::max({body.origin.x - (x + 0.5), (x + 0.5) - body.maxX(), 0.0});
-            double dy = std::max({body.origin.y - (y + 0.5), (y + 0.5) - body.maxY(), 0.0});
-            double outside = std::hypot(dx, dy);
-            uint8_t* p = &pixels[(size_t(y) * width + x) * 4];
-            if (outside > 0) {
-                p[3] = uint8_t(std::lround(110 * std::exp(-outside / 45)));  // black: colour stays 0
-                continue;
-            }
-            bool inOpening = x >= body.origin.x + bezel && x < body.maxX() - bezel && y >= body.origin.y + bezel &&
-                             y < body.maxY() - bezel;
-            if (inOpening) continue;
-            p[0] = p[1] = p[2] = 35;
-            p[3] = 255;
+    return paintedTexture(width, height, [&](int x, int y, uint8_t* p) {
+        double dx = std::max({body.origin.x - (x + 0.5), (x + 0.5) - body.maxX(), 0.0});
+        double dy = std::max({body.origin.y - (y + 0.5), (y + 0.5) - body.maxY(), 0.0});
+        double outside = std::hypot(dx, dy);
+        if (outside > 0) {
+            p[3] = uint8_t(std::lround(110 * std::exp(-outside / 45)));  // black: colour stays 0
+            return;
         }
-    }
-    return std::make_shared<FLKGPUTexture>(width, height, FLKPixelFormat::RGBA8, std::move(pixels));
+        bool inOpening = x >= body.origin.x + bezel && x < body.maxX() - bezel && y >= body.origin.y + bezel &&
+                         y < body.maxY() - bezel;
+        if (inOpening) return;
+        p[0] = p[1] = p[2] = 35;
+        p[3] = 255;
+    });
 }
 
 // Alpha 1 inside a rectangle with rounded corners, 0 outside.
 std::shared_ptr<FLKGPUTexture> roundedMaskTexture(int width, int height, double radius) {
-    std::vector<uint8_t> pixels(size_t(width) * height * 4, 0);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            double cx = std::clamp(x + 0.5, radius, width - radius), cy = std::clamp(y + 0.5, radius, height - radius);
-            if (std::hypot(x + 0.5 - cx, y + 0.5 - cy) <= radius) {
-                std::fill_n(&pixels[(size_t(y) * width + x) * 4], 4, uint8_t(255));
-            }
-        }
-    }
-    return std::make_shared<FLKGPUTexture>(width, height, FLKPixelFormat::RGBA8, std::move(pixels));
+    return paintedTexture(width, height, [&](int x, int y, uint8_t* p) {
+        double cx = std::clamp(x + 0.5, radius, width - radius), cy = std::clamp(y + 0.5, radius, height - radius);
+        if (std::hypot(x + 0.5 - cx, y + 0.5 - cy) <= radius) std::fill_n(p, 4, uint8_t(255));
+    });
 }
 
 class FLKAnalyticCoverageTest : public ::testing::Test {
