@@ -76,6 +76,7 @@ bool FLKVideoDecoder::seekStream(double seconds) {
     inputEnded_ = false;
     decoderDrained_ = false;
     hasHeld_ = false;
+    lastTime_.reset();
     av_frame_unref(held_.get());
     return status >= 0;
 }
@@ -154,6 +155,17 @@ AVFrame* FLKVideoDecoder::decodeNext(double* seconds) {
 }
 
 AVFrame* FLKVideoDecoder::nextFrame(double* seconds) {
+    // Damaged data can make the decoder emit a frame stamped earlier than one
+    // it already gave out; consumers need time order, so such frames are lost.
+    while (AVFrame* frame = nextFrameAfterSeek(seconds)) {
+        if (lastTime_ && *seconds <= *lastTime_ + kTimeEpsilon) continue;
+        lastTime_ = *seconds;
+        return frame;
+    }
+    return nullptr;
+}
+
+AVFrame* FLKVideoDecoder::nextFrameAfterSeek(double* seconds) {
     // After a seek the frame shown at the target is the last one that starts at
     // or before it, so each candidate is held until its successor is seen.
     while (true) {

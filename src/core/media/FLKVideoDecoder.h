@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "core/media/FLKMediaSupport.h"
@@ -22,7 +23,7 @@ public:
     bool seekTo(double seconds);
     // The next decoded frame at or after the sought position, owned by the
     // decoder until the next call; null at the end of the stream or on a
-    // failure (then failed() is true).
+    // failure (then failed() is true). Times strictly increase between seeks.
     AVFrame* nextFrame(double* seconds);
 
     bool failed() const { return !failureReason_.empty(); }
@@ -36,6 +37,7 @@ private:
     FLKVideoDecoder() = default;
     bool seekStream(double seconds);
     AVFrame* decodeNext(double* seconds);
+    AVFrame* nextFrameAfterSeek(double* seconds);
     bool sendNextPacket();
     double timeOf(const AVFrame* frame) const;
 
@@ -47,6 +49,7 @@ private:
     flk::media::Frame held_;   // a frame read ahead while looking for the first one to show
     double heldTime_ = 0;
     bool hasHeld_ = false;
+    std::optional<double> lastTime_;  // of the frame nextFrame() last gave out
     AVStream* stream_ = nullptr;
     double frameDuration_ = 1.0 / 30;
     double skipBefore_ = -1;  // frames ending at or before this are dropped
