@@ -35,6 +35,13 @@ size_t FLKManualMainQueue::runPending() {
     }
 }
 
+bool FLKManualMainQueue::hasPending() const {
+    std::lock_guard lock(mutex_);
+    if (tasks_.hasReady()) return true;
+    auto due = tasks_.nextDue();
+    return due && *due <= now_;
+}
+
 size_t FLKManualMainQueue::advanceBy(double seconds) {
     double target = now() + std::max(seconds, 0.0);
     size_t count = runPending();

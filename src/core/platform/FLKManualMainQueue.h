@@ -22,6 +22,9 @@ public:
     // Runs the tasks ready at the current virtual time, including those they
     // post; returns how many ran.
     size_t runPending();
+    // Whether a task is ready at the current virtual time (tests wait for
+    // another thread's post with it).
+    bool hasPending() const;
     // Moves virtual time forward, running every task on the way in due order
     // with the clock set to each task's due time; returns how many ran.
     size_t advanceBy(double seconds);

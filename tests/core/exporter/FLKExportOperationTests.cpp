@@ -188,7 +188,7 @@ TEST_F(FLKExportQueueTest, ASessionSpansEveryOperationAndCollectsTheirErrors) {
 // one frame per 1/30 s of the timeline, with an AAC track as long as the
 // video (silence: the scene has no sound), index in front.
 TEST_F(FLKExportQueueTest, ExportsAnMP4WithProgressAndASilentTrack) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     NotificationLog log;
     auto queue = FLKExportQueue::make();
     const fs::path destination = folder / "scene.mp4";
@@ -224,7 +224,7 @@ TEST_F(FLKExportQueueTest, ExportsAnMP4WithProgressAndASilentTrack) {
 
 // The scene's own sound is used and cut to the video's length.
 TEST_F(FLKExportQueueTest, TheScenesSoundIsCutToTheVideo) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     const fs::path tone = folder.parent_path() / "tone.m4a";
     ASSERT_TRUE(FLKSyntheticVideo::writeTone(tone.string(), 3.0));
     NotificationLog log;
@@ -246,7 +246,7 @@ TEST_F(FLKExportQueueTest, TheScenesSoundIsCutToTheVideo) {
 // Bad destinations fail with a clear error and leave nothing behind; the
 // queue goes on with the next operation.
 TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     fs::create_directories(folder / "taken.mp4");
     NotificationLog log;
     auto queue = FLKExportQueue::make();
@@ -272,7 +272,7 @@ TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
 }
 
 TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     NotificationLog log;
     auto queue = FLKExportQueue::make();
     const fs::path destination = folder / "scene.gif";
@@ -329,7 +329,7 @@ std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
 // timeline with readers of its own: the file shows the recording's frames in
 // order, and the editor's play head stays where it was.
 TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     auto timeline = FLKTimeline::timelineWithTimer({});
     const auto numbers = exportNumberedClips(
         [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
@@ -354,7 +354,7 @@ TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHe
 // The second half of the recording first, then the first half: an export lets
 // shown frames go only where nothing earlier is asked for later.
 TEST_F(FLKExportQueueTest, ClipsGoingBackInTheirRecordingShowTheirOwnFrames) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     const auto numbers = exportNumberedClips(
         [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) {
             track.addClip(std::make_shared<FLKVideoClip>("late", whole->media(), FLKTimeRange{0, 0.5},

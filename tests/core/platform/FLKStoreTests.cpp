@@ -283,6 +283,13 @@ bool runMainQueueUntil(FLKManualMainQueue& queue, Predicate done) {
     return done();
 }
 
+// Waits (bounded) for another thread without running the main queue.
+template <class Predicate>
+bool waitFor(Predicate done) {
+    for (int attempt = 0; attempt < 2000 && !done(); ++attempt) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return done();
+}
+
 }  // namespace
 
 TEST(Stores, WatchingReportsChangesOnTheMainQueueUntilStopped) {
@@ -311,7 +318,7 @@ TEST(Stores, WatchingReportsChangesOnTheMainQueueUntilStopped) {
     // A change already queued when watching stops is not delivered.
     int before = calls;
     writeText(store->createFileURLWithName("Late"), "x");
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ASSERT_TRUE(waitFor([&] { return queue->hasPending(); })) << "the watcher never posted the change";
     store->stopWatchingForUpdates();
     queue->runPending();
     EXPECT_EQ(calls, before);

@@ -157,7 +157,7 @@ protected:
 
     void SetUp() override {
         std::string reason;
-        if (!FLKContext::isGPUSupported(&reason)) GTEST_SKIP() << "no OpenGL 4.5: " << reason;
+        ASSERT_TRUE(FLKContext::isGPUSupported(&reason)) << "no OpenGL 4.5: " << reason;
         target = std::make_shared<FLKTestTarget>(kWidth, kHeight);
         renderer = std::make_unique<FLKRenderer>(target->context);
         renderer->setDataSource(target);

@@ -45,7 +45,7 @@ TEST(FLKOffScreenRendererTest, FrameCountsFollowDurationAndRate) {
 }
 
 TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     // The editor's camera looks elsewhere: the export must use the render frame.
     auto scene = sceneWithCameraFrame({500, 500, 10, 10});
     scene->addChild(gradientSprite({0, 0, 50, 20}, {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}}));
@@ -78,7 +78,7 @@ TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
 }
 
 TEST(FLKOffScreenRendererTest, ZeroFramesFinishWithoutOutput) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     auto scene = sceneWithCameraFrame({0, 0, 8, 8});
     auto collector = renderOffScreen(*scene, {0, 0, 8, 8}, 0, {}, true);
     ASSERT_TRUE(collector);
@@ -89,7 +89,7 @@ TEST(FLKOffScreenRendererTest, ZeroFramesFinishWithoutOutput) {
 }  // namespace
 
 TEST(FLKOffScreenRendererTest, PlaysItsOwnCopyOfTheTimeline) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     auto scene = sceneWithCameraFrame({0, 0, 50, 20});
     auto editorClock = std::make_shared<FLKFrameByFrameClock>(30, 1);
     auto timeline = FLKTimeline::timelineWithTimer(editorClock);

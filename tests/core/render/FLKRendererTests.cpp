@@ -18,7 +18,7 @@ class FLKRendererTest : public ::testing::Test {
 protected:
     void SetUp() override {
         std::string reason;
-        if (!FLKContext::isGPUSupported(&reason)) GTEST_SKIP() << "no OpenGL 4.5: " << reason;
+        ASSERT_TRUE(FLKContext::isGPUSupported(&reason)) << "no OpenGL 4.5: " << reason;
         target = std::make_shared<FLKTestTarget>(64, 64);
         renderer = std::make_unique<FLKRenderer>(target->context);
         renderer->setDataSource(target);
