@@ -34,6 +34,11 @@ int main(int argc, char** argv) {
     FrameCommand::add(app, exitCode);
     ExportCommand::add(app, exitCode);
     PresetsCommand::add(app, exitCode);
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        exitCode = app.exit(e);
+    }
+    flk::shutdownCoreServices();
     return exitCode;
 }

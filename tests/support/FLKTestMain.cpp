@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <string>
 
+#include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKThreadReaper.h"
+
 int main(int argc, char** argv) {
     std::string pattern = (std::filesystem::temp_directory_path() / "flickwell-test-XXXXXX").string();
     char* home = ::mkdtemp(pattern.data());
@@ -15,6 +18,9 @@ int main(int argc, char** argv) {
     ::setenv("EGL_PLATFORM", "surfaceless", 0);
     ::testing::InitGoogleTest(&argc, argv);
     int result = RUN_ALL_TESTS();
+    // No thread of ours may outlive main(): static destructors would race it.
+    FLKMainQueue::setMain(nullptr);
+    flk::joinReleasedThreads();
     std::error_code ec;
     std::filesystem::remove_all(home, ec);
     return result;

@@ -3,6 +3,8 @@
 #include <mutex>
 
 #include "core/model/FLKAudioTrackMediaPlayer.h"
+#include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKThreadReaper.h"
 #include "core/timeline/FLKTimelineVideoBufferManager.h"
 #include "core/timeline/FLKURLVideoTextureProviderAdapter.h"
 
@@ -14,5 +16,10 @@ void installCoreServices() {
         FLKURLVideoTextureProviderAdapter::installAsVideoFileTextureProvider();
         FLKAudioTrackMediaPlayer::install();
     });
+}
+
+void shutdownCoreServices() {
+    FLKMainQueue::setMain(nullptr);
+    flk::joinReleasedThreads();
 }
 }  // namespace flk

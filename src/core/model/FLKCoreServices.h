@@ -6,4 +6,9 @@ namespace flk {
 // audio player behind audio tracks. Programs call it once at start-up; later
 // calls do nothing.
 void installCoreServices();
+// Before a program returns from main(): lets go of what the main queue still
+// holds (exports, timelines and their readers) and joins the threads that
+// their owners released on themselves, so that none of our threads runs
+// while static objects are destroyed.
+void shutdownCoreServices();
 }  // namespace flk

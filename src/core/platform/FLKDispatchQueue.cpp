@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKThreadReaper.h"
 
 namespace {
 // The queue whose worker is the calling thread; set once by each worker.
@@ -70,7 +71,7 @@ FLKDispatchQueue::~FLKDispatchQueue() {
     impl_->state->wake.notify_one();
     if (isCurrent()) {
         // Released by one of its own blocks: the worker drains and ends by itself.
-        impl_->worker.detach();
+        flk::joinLater(std::move(impl_->worker));
     } else {
         impl_->worker.join();
     }

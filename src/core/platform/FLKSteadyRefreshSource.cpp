@@ -4,6 +4,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "core/platform/FLKThreadReaper.h"
+
 namespace {
 // The code a display refresh source gives for an invalid argument.
 constexpr int kInvalidRateError = -6661;
@@ -55,7 +57,7 @@ void FLKSteadyRefreshSource::stop() {
     state_->wake.notify_all();
     if (!ticker_.joinable()) return;
     if (ticker_.get_id() == std::this_thread::get_id()) {
-        ticker_.detach();  // stopped from its own callback: it ends once the callback returns
+        flk::joinLater(std::move(ticker_));  // stopped from its own callback: it ends once the callback returns
     } else {
         ticker_.join();
     }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKThreadReaper.h"
 #include "core/render/FLKFixedFrameTimeSource.h"
 
 std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWithScene(const FLKScene& scene,
@@ -49,7 +50,7 @@ FLKOffScreenRenderer::~FLKOffScreenRenderer() {
     cancel();
     if (renderThread_.joinable()) {
         if (renderThread_.get_id() == std::this_thread::get_id()) {
-            renderThread_.detach();
+            flk::joinLater(std::move(renderThread_));
         } else {
             renderThread_.join();
         }

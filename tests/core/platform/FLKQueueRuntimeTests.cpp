@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <stdexcept>
 #include <string>
@@ -10,6 +11,7 @@
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKManualMainQueue.h"
 #include "core/platform/FLKRunLoopMainQueue.h"
+#include "core/platform/FLKThreadReaper.h"
 
 TEST(FLKDispatchQueue, RunsBlocksOneAtATimeInOrderAndSyncWaitsForEarlierOnes) {
     FLKDispatchQueue queue("org.flickwell.test.serial");
@@ -70,6 +72,35 @@ TEST(FLKDispatchQueue, QueueReleasedByItsOwnBlockEndsCleanly) {
     queue.reset();
     released.set_value();
     EXPECT_EQ(drained.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
+}
+
+namespace {
+std::atomic<bool> gWorkerExited{false};
+// Destroyed as its thread ends; the pause makes a missing join show.
+struct ThreadExitMarker {
+    ~ThreadExitMarker() {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        gWorkerExited = true;
+    }
+};
+}  // namespace
+
+// A program joins such workers before main() returns, so they never run
+// during static destruction.
+TEST(FLKDispatchQueue, WorkerOfAQueueReleasedByItsOwnBlockIsJoinedAtShutdown) {
+    flk::joinReleasedThreads();
+    auto queue = FLKDispatchQueue::make("org.flickwell.test.reaped");
+    std::promise<void> released;
+    queue->async([keep = queue, &released]() mutable {
+        thread_local ThreadExitMarker marker;
+        (void)marker;
+        keep.reset();
+        released.set_value();
+    });
+    queue.reset();
+    released.get_future().wait();
+    EXPECT_EQ(flk::joinReleasedThreads(), 1u);
+    EXPECT_TRUE(gWorkerExited);
 }
 
 TEST(FLKManualMainQueue, RunsNothingUntilToldThenDelayedTasksInTimeOrder) {
