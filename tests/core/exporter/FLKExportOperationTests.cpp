@@ -85,7 +85,7 @@ protected:
 
     std::vector<std::optional<uint32_t>> exportNumberedClips(
         const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
-        const std::shared_ptr<FLKTimeline>& timeline);
+        const std::shared_ptr<FLKTimeline>& timeline, const FLKVideoOrientation& orientation = {});
 
     std::shared_ptr<FLKRunLoopMainQueue> mainQueue;
     std::shared_ptr<RecordedFeedback> feedback;
@@ -299,6 +299,7 @@ std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
     const fs::path recording = folder / "numbered.mp4";
     FLKSyntheticVideo::Options options;
     options.frameCount = 30;
+    options.orientation = orientation;
     EXPECT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
 
     const FLKRect frame{0, 0, 320, 240};
@@ -325,17 +326,8 @@ std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
     return movie.firstNumbers;
 }
 
-// A recording on the editor's timeline is exported through a copy of that
-// timeline with readers of its own: the file shows the recording's frames in
-// order, and the editor's play head stays where it was.
-TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
-    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
-    auto timeline = FLKTimeline::timelineWithTimer({});
-    const auto numbers = exportNumberedClips(
-        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
-        timeline);
-    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
-    EXPECT_DOUBLE_EQ(timeline->tracks().front()->currentTime(), 0.5);
+// The numbers of a whole 30-frame recording exported on its own.
+static void expectTheRecordingInOrder(const std::vector<std::optional<uint32_t>>& numbers) {
     ASSERT_EQ(numbers.size(), 30u);
     // Frame k of the file is rendered at (k + 1) / 30 s, where the decoded
     // frame k (one period away, first in ring order) or k + 1 answers. The
@@ -349,6 +341,30 @@ TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHe
         EXPECT_GE(shown, previous) << "frame " << k;
         previous = shown;
     }
+}
+
+// A recording on the editor's timeline is exported through a copy of that
+// timeline with readers of its own: the file shows the recording's frames in
+// order, and the editor's play head stays where it was.
+TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
+        timeline);
+    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
+    EXPECT_DOUBLE_EQ(timeline->tracks().front()->currentTime(), 0.5);
+    expectTheRecordingInOrder(numbers);
+}
+
+// A phone's recording stored on its side: the export shows it upright (its
+// numbers read across the top of each frame).
+TEST_F(FLKExportQueueTest, RecordingsStoredOnTheirSideAreExportedUpright) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
+        FLKTimeline::timelineWithTimer({}), FLKVideoOrientation(90, false));
+    expectTheRecordingInOrder(numbers);
 }
 
 // The second half of the recording first, then the first half: an export lets
