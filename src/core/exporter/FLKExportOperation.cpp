@@ -2,6 +2,7 @@
 
 #include "core/exporter/FLKExportGIFOutput.h"
 #include "core/exporter/FLKVideoRecorder.h"
+#include "core/platform/FLKFrameByFrameClock.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKMainQueue.h"
 #include "core/render/FLKOffScreenRenderer.h"
@@ -86,7 +87,7 @@ void FLKExportOperation::execute() {
         executing_ = true;
     }
     const double duration = timeline_ ? timeline_->duration() : 0;
-    const auto numFrames = static_cast<std::uint64_t>(static_cast<double>(fps_) * duration);
+    const std::uint64_t numFrames = FLKFrameByFrameClock::numFramesForDuration(duration, fps_);
     if (numFrames == 0 || fps_ == 0) {
         failWithError(FLKError::make(kFLKExportErrorDomain, kEmptyTimeline,
                                      "\"" + destinationURL_.filename().string() + "\" was not exported.",
