@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <latch>
 #include <mutex>
+#include <numeric>
+#include <thread>
 
 #include "FLKExportTestSupport.h"
+#include "FLKGIFTestSupport.h"
 #include "core/exporter/FLKExportQueue.h"
 #include "core/exporter/FLKExportVideoSanityChecker.h"
 #include "core/exporter/FLKVideoRecorder.h"
@@ -271,30 +275,44 @@ TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
     EXPECT_EQ(feedback->presented[0].localizedDescription, "2 exports failed.");
 }
 
-TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
+// GIFs at several rates queued together: each has the delays of its own
+// rate and lasts as long as the timeline; a rate above the rendering one is
+// written at the rendering rate.
+TEST_F(FLKExportQueueTest, GIFsOfOneSessionEachLastTheTimelineAtTheirOwnRate) {
     if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
     NotificationLog log;
     auto queue = FLKExportQueue::make();
-    const fs::path destination = folder / "scene.gif";
-    auto operation = FLKExportOperation::operationWithScene(*gradientScene(kFrame), timelineOfLength(1.0),
-                                                            FLKExportTypeGIF, destination, kFrame, {80, 46}, 30);
-    operation->setOutputFps(10);
-    queue->addOperation(operation);
+    auto scene = gradientScene(kFrame);
+    const std::vector<std::uint64_t> rates = {15, 10, 50};
+    std::vector<std::shared_ptr<FLKExportOperation>> operations;
+    for (std::uint64_t fps : rates) {
+        operations.push_back(FLKExportOperation::operationWithScene(*scene, timelineOfLength(1.0), FLKExportTypeGIF,
+                                                                    folder / ("scene" + std::to_string(fps) + ".gif"),
+                                                                    kFrame, {80, 46}, 30));
+        operations.back()->setOutputFps(fps);
+        queue->addOperation(operations.back());
+    }
     runUntilSessionEnds(log);
 
-    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
-    std::ifstream file(destination, std::ios::binary);
-    char signature[6] = {};
-    file.read(signature, 6);
-    EXPECT_EQ(std::string(signature, 6), "GIF89a");
-    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+    const std::vector<size_t> frames = {15, 10, 30};
+    for (size_t i = 0; i < operations.size(); ++i) {
+        ASSERT_FALSE(operations[i]->error()) << operations[i]->error()->fullMessage();
+        const flktest::DecodedGIF gif = flktest::decodeGIF(operations[i]->destinationURL());
+        ASSERT_TRUE(gif.ok) << rates[i];
+        EXPECT_EQ(gif.version, "GIF89a");
+        EXPECT_EQ(gif.delays.size(), frames[i]) << rates[i] << " fps";
+        EXPECT_EQ(std::accumulate(gif.delays.begin(), gif.delays.end(), 0), 100) << rates[i] << " fps";
+    }
+    EXPECT_EQ(flktest::decodeGIF(operations[1]->destinationURL()).delays, std::vector<int>(10, 10));
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 3);
 }
 
 // Exports a 320 x 240 scene showing the video track that `arrange` fills
-// with clips of a 30-frame numbered recording; the first number of each frame.
+// with clips of a 30-frame numbered recording stored with `orientation`; the
+// first number of each frame.
 std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
     const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
-    const std::shared_ptr<FLKTimeline>& timeline) {
+    const std::shared_ptr<FLKTimeline>& timeline, const FLKVideoOrientation& orientation) {
     FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
     const fs::path recording = folder / "numbered.mp4";
     FLKSyntheticVideo::Options options;
