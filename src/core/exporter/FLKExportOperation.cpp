@@ -83,7 +83,7 @@ FLKNotificationCenter& FLKExportOperation::notificationCenter() { return FLKNoti
 void FLKExportOperation::execute() {
     {
         std::lock_guard lock(mutex_);
-        if (executing_ || finished_) return;
+        if (executing_ || finishing_) return;
         executing_ = true;
     }
     const double duration = timeline_ ? timeline_->duration() : 0;
@@ -157,7 +157,10 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
 void FLKExportOperation::markFinished() {
     {
         std::lock_guard lock(mutex_);
-        if (finished_) return;
+        // Claimed under the lock: of two finishers (a writer's failure and the
+        // end of rendering) only one posts.
+        if (finishing_) return;
+        finishing_ = true;
     }
     // Queued before anyone waiting for the end can post what follows it.
     postOnMainQueue(FLKExportOperationDidFinishNotification);

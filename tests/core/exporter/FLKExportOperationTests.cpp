@@ -188,6 +188,30 @@ TEST_F(FLKExportQueueTest, ASessionSpansEveryOperationAndCollectsTheirErrors) {
     EXPECT_EQ(log.count(FLKExportQueueDidStartNotification), 2);
 }
 
+// A writer's failure and the end of rendering can finish one operation at the
+// same moment: its end is announced once.
+TEST_F(FLKExportQueueTest, FinishersRacingAnnounceTheEndOnce) {
+    NotificationLog log;
+    auto scene = gradientScene(kFrame);
+    constexpr int kOperations = 200;
+    for (int i = 0; i < kOperations; ++i) {
+        auto operation = mp4Operation(*scene, timelineOfLength(1.0), folder / "never.mp4");
+        std::latch start(2);
+        auto finish = [&] {
+            start.arrive_and_wait();
+            operation->markFinished();
+        };
+        std::thread other(finish);
+        finish();
+        other.join();
+        EXPECT_TRUE(operation->isFinished());
+    }
+    bool drained = false;
+    mainQueue->post([&] { drained = true; });
+    mainQueue->runUntil([&] { return drained; });
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), kOperations);
+}
+
 // A small scene exported end to end: the file is H.264 High, 4:2:0, 30 fps,
 // one frame per 1/30 s of the timeline, with an AAC track as long as the
 // video (silence: the scene has no sound), index in front.
