@@ -161,35 +161,48 @@ TEST(FLKAssetReader, TurnedRecordingsComeOutUpright) {
 }
 
 // Checks the test recordings themselves against the display matrix as
-// FFmpeg reads it, so that the reader and the writer cannot agree on a
-// wrong turn: a quarter turn clockwise has the stored picture's left column,
-// bottom up, as the top row shown.
+// FFmpeg reads it, so that the reader and the writer cannot agree on a wrong
+// turn: a quarter turn clockwise shows the stored picture's left column,
+// bottom up, as its top row; a mirror shows the stored top row right to left.
 TEST(FLKAssetReader, TurnedTestRecordingsAreStoredAsPhonesStoreThem) {
-    auto asset = turnedRecording({90, false});
-    std::string reason;
-    auto decoder = FLKVideoDecoder::open(asset->path(), &reason);
-    ASSERT_TRUE(decoder) << reason;
-    EXPECT_EQ(decoder->width(), 320);
-    EXPECT_EQ(decoder->height(), 192);
+    struct Case {
+        FLKVideoOrientation orientation;
+        double ffmpegAngle;  // counter-clockwise, as FFmpeg reports it
+        bool swaps;
+    };
+    for (const Case& c : {Case{{90, false}, -90.0, true}, Case{{0, true}, -180.0, false}}) {
+        auto asset = turnedRecording(c.orientation);
+        std::string reason;
+        flk::media::InputContext input = flk::media::openInput(asset->path(), &reason);
+        ASSERT_TRUE(input) << reason;
+        const auto* matrix = reinterpret_cast<const int32_t*>(
+            av_stream_get_side_data(input->streams[0], AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+        ASSERT_NE(matrix, nullptr);
+        EXPECT_NEAR(av_display_rotation_get(matrix), c.ffmpegAngle, 1e-6);
+        // FFmpeg's own tool flips a matrix of -180 degrees left to right when its first entry is negative.
+        if (!c.swaps) EXPECT_TRUE(matrix[0] < 0 && matrix[4] > 0);
 
-    flk::media::InputContext input = flk::media::openInput(asset->path(), &reason);
-    ASSERT_TRUE(input) << reason;
-    const auto* matrix = reinterpret_cast<const int32_t*>(
-        av_stream_get_side_data(input->streams[0], AV_PKT_DATA_DISPLAYMATRIX, nullptr));
-    ASSERT_NE(matrix, nullptr);
-    EXPECT_NEAR(av_display_rotation_get(matrix), -90.0, 1e-6);  // FFmpeg's sign: counter-clockwise
-
-    ASSERT_TRUE(decoder->seekTo(0.11));
-    double time = 0;
-    const AVFrame* stored = decoder->nextFrame(&time);
-    ASSERT_NE(stored, nullptr);
-    const int shownWidth = stored->height, shownHeight = stored->width;
-    std::vector<uint8_t> shown(static_cast<size_t>(shownWidth) * shownHeight);
-    for (int y = 0; y < shownHeight; ++y)
-        for (int x = 0; x < shownWidth; ++x)
-            shown[static_cast<size_t>(y) * shownWidth + x] =
-                stored->data[0][static_cast<ptrdiff_t>(stored->height - 1 - x) * stored->linesize[0] + y];
-    EXPECT_EQ(FLKSyntheticVideo::numberInLuma(shown.data(), shownWidth, shownWidth, shownHeight), 3u);
+        auto decoder = FLKVideoDecoder::open(asset->path(), &reason);
+        ASSERT_TRUE(decoder) << reason;
+        ASSERT_TRUE(decoder->seekTo(0.11));
+        double time = 0;
+        const AVFrame* stored = decoder->nextFrame(&time);
+        ASSERT_NE(stored, nullptr);
+        ASSERT_EQ(stored->width, 320);
+        ASSERT_EQ(stored->height, 192);
+        const int shownWidth = c.swaps ? stored->height : stored->width;
+        const int shownHeight = c.swaps ? stored->width : stored->height;
+        std::vector<uint8_t> shown(static_cast<size_t>(shownWidth) * shownHeight);
+        for (int y = 0; y < shownHeight; ++y) {
+            for (int x = 0; x < shownWidth; ++x) {
+                const int storedX = c.swaps ? y : stored->width - 1 - x;
+                const int storedY = c.swaps ? stored->height - 1 - x : y;
+                shown[static_cast<size_t>(y) * shownWidth + x] =
+                    stored->data[0][static_cast<ptrdiff_t>(storedY) * stored->linesize[0] + storedX];
+            }
+        }
+        EXPECT_EQ(FLKSyntheticVideo::numberInLuma(shown.data(), shownWidth, shownWidth, shownHeight), 3u);
+    }
 }
 
 TEST(FLKAssetReader, ColourTagsFollowTheSource) {
