@@ -20,7 +20,7 @@ struct FLKAssetTrack {
     float nominalFrameRate = 0;
     FLKSize naturalSize;              // coded size in pixels, before the orientation
     FLKVideoOrientation orientation;  // from the display matrix; decoded frames come out turned by it
-    std::string pixelFormatName;   // e.g. "yuv420p", "yuv420p10le"
+    std::string pixelFormatName;      // e.g. "yuv420p", "yuv420p10le"
     int bitsPerComponent = 8;
 
     // Audio only.

@@ -97,14 +97,14 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     const int shownWidth = swaps ? options.height : options.width;
     const int shownHeight = swaps ? options.width : options.height;
     for (int n = 0; n < options.frameCount; ++n) {
-        FLKPixelBuffer shown = frameWithNumber(shownWidth, shownHeight, static_cast<uint32_t>(n));
-        FLKPixelBuffer stored(options.width, options.height);
+        const FLKPixelBuffer shown = frameWithNumber(shownWidth, shownHeight, static_cast<uint32_t>(n));
         if (options.orientation.isUpright()) {
-            stored = std::move(shown);
-        } else {
-            options.orientation.inverted().turnPlane(shown.bgra.data(), shown.stride, shownWidth, shownHeight,
-                                                     stored.bgra.data(), stored.stride, 4);
+            if (!encoder.append(shown, error)) return false;
+            continue;
         }
+        FLKPixelBuffer stored(options.width, options.height);
+        options.orientation.inverted().turnPlane(shown.bgra.data(), shown.stride, shownWidth, shownHeight,
+                                                 stored.bgra.data(), stored.stride, 4);
         if (!encoder.append(stored, error)) return false;
     }
     if (!encoder.finish(error)) return false;
