@@ -13,6 +13,7 @@
 #include "core/exporter/FLKExportOperation.h"
 #include "core/exporter/FLKExportQueue.h"
 #include "core/exporter/FLKExportVideoSanityChecker.h"
+#include "core/exporter/FLKVideoSizeCalculator.h"
 #include "core/model/FLKFile.h"
 #include "core/model/FLKTemplate.h"
 #include "core/platform/FLKPaths.h"
@@ -33,6 +34,26 @@ struct Job {
     std::shared_ptr<const FLKExportSettings> preset;
     fs::path destination;
 };
+
+// A GIF cannot have more frames than are rendered: it is written at the
+// rendering rate instead, and lasts as long as the video.
+std::uint64_t gifFpsWritten(std::uint64_t asked) {
+    if (asked <= kRenderFps) return asked;
+    flk::cli::warn("--gif-fps " + std::to_string(asked) + " is above the " + std::to_string(kRenderFps) +
+                   " frames per second an export renders; the GIF is written at " + std::to_string(kRenderFps) + ".");
+    return kRenderFps;
+}
+
+// A custom size follows the rule of the presets' sizes: whole, even sides.
+FLKSize evenSize(FLKSize asked) {
+    const FLKSize written{static_cast<double>(FLKVideoSizeCalculator::evenLength(asked.width)),
+                          static_cast<double>(FLKVideoSizeCalculator::evenLength(asked.height))};
+    if (!(written == asked)) {
+        flk::cli::warn("the video is written at " + flk::cli::sizeString(written) + ", not " +
+                       flk::cli::sizeString(asked) + ": exported sides are even.");
+    }
+    return written;
+}
 
 void warnAboutPreset(const FLKExportSettings& preset, const FLKScene& scene, const FLKTimeline& timeline) {
     for (const auto& issue : FLKExportVideoSanityChecker::issuesInVideo(timeline, preset)) {
@@ -89,13 +110,14 @@ int ExportCommand::run() const {
         return flk::cli::fail("the folder of " + outputURL_.string() + " does not exist.");
     }
 
+    const std::uint64_t gifFps = type == FLKExportTypeGIF ? gifFpsWritten(gifFps_) : 0;
     FLKError error;
     std::vector<Job> jobs;
     if (!size_.empty()) {
         auto size = flk::cli::parseSize(size_);
         if (!size) return flk::cli::fail("--size \"" + size_ + "\" is not WxH with whole numbers from 1 to 16384.");
-        std::uint64_t fps = type == FLKExportTypeGIF ? (gifFps_ ? gifFps_ : ExportPresets::kDefaultGIFFps) : kRenderFps;
-        jobs.push_back({ExportPresets::customPreset(*size, fps), outputURL_});
+        std::uint64_t fps = type == FLKExportTypeGIF ? (gifFps ? gifFps : ExportPresets::kDefaultGIFFps) : kRenderFps;
+        jobs.push_back({ExportPresets::customPreset(evenSize(*size), fps), outputURL_});
     }
     for (const auto& name : presets_) {
         auto preset = ExportPresets::presetNamed(type, name, &error);
@@ -135,7 +157,7 @@ int ExportCommand::run() const {
                                                                 job.preset->maxVideoResolution(), kRenderFps);
         operation->setName(job.preset->name());
         if (type == FLKExportTypeGIF) {
-            operation->setOutputFps(gifFps_ ? gifFps_ : job.preset->fps() ? job.preset->fps() : ExportPresets::kDefaultGIFFps);
+            operation->setOutputFps(gifFps ? gifFps : job.preset->fps() ? job.preset->fps() : ExportPresets::kDefaultGIFFps);
         }
         operations.push_back(operation);
     }

@@ -227,3 +227,25 @@ TEST_F(FLKDocumentCommandsTest, ExportedFrameMatchesTheFrameCommandAtTheSameTime
     EXPECT_NE(late.standardError.find("past the end"), std::string::npos) << late.standardError;
     EXPECT_FALSE(fs::exists(folder / "late.png"));
 }
+
+// Sizes are written even, as the presets' are, and the size written is said;
+// a GIF asked for faster than the export renders lasts as long as the clip.
+TEST_F(FLKDocumentCommandsTest, OddSizesAreWrittenEvenAndFastGIFsKeepTheirLength) {
+    auto a = recording("a.mp4", 30);
+    auto mp4 = folder / "odd.mp4";
+    auto odd = run("export 'Full Screen' --video " + quoted(a) + " --size 101x57 --out " + quoted(mp4) + " --quiet");
+    ASSERT_EQ(odd.exitCode, 0) << odd.standardError;
+    EXPECT_NE(odd.standardError.find("102x58"), std::string::npos) << odd.standardError;
+    FLKAsset movie(mp4.string());
+    ASSERT_TRUE(movie.hasVideo()) << movie.failureReason();
+    EXPECT_EQ(movie.videoTrack()->naturalSize, (FLKSize{102, 58}));
+
+    auto gif = folder / "fast.gif";
+    auto fast = run("export 'Full Screen' --video " + quoted(a) + " --size 36x64 --gif-fps 50 --out " + quoted(gif) +
+                    " --quiet");
+    ASSERT_EQ(fast.exitCode, 0) << fast.standardError;
+    EXPECT_NE(fast.standardError.find("--gif-fps 50"), std::string::npos) << fast.standardError;
+    FLKAsset animation(gif.string());
+    ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
+    EXPECT_NEAR(animation.duration(), 1.0, 0.02);
+}

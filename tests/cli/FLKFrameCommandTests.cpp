@@ -177,4 +177,25 @@ TEST_F(FLKFrameCommandVideoTest, ATimeOutsideTheRecordingOrNoScreenIsAClearError
         << missing.output();
     EXPECT_FALSE(fs::exists(out));
 }
+
+// A phone's recording stored on its side and turned by its display matrix
+// fills the screen upright.
+TEST_F(FLKFrameCommandVideoTest, ARecordingStoredOnItsSideShowsUpright) {
+    for (int degrees : {90, 270}) {
+        FLKSyntheticVideo::Options options;
+        options.width = 240;
+        options.height = 320;
+        options.frameCount = 40;
+        options.orientation = FLKVideoOrientation(degrees, false);
+        const auto video = folder / ("turned" + std::to_string(degrees) + ".mp4");
+        ASSERT_TRUE(FLKSyntheticVideo::writeVideo(video.string(), options));
+        const auto out = folder / ("turned" + std::to_string(degrees) + ".png");
+        ProgramRun result = runCLI("frame " + (folder / "screen.json").string() + " --out " + out.string() +
+                                   " --video " + video.string() + " --time 1.05");
+        ASSERT_EQ(result.exitCode, 0) << result.output();
+        auto image = flk::readImage(out);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(numberInPicture(*image), 31u) << degrees << " degrees";
+    }
+}
 }  // namespace

@@ -55,7 +55,8 @@ bool render(const std::filesystem::path& url, const std::filesystem::path& tempo
     constexpr unsigned kFps = 30;
     auto animation = std::make_shared<FLKTutorialAnimation>();
     const double side = FLKTutorialAnimation::kSide;
-    const unsigned frames = FLKOffScreenRenderer::numFramesForDuration(FLKTutorialAnimation::kDuration, kFps);
+    const auto frames =
+        static_cast<unsigned>(FLKFrameByFrameClock::numFramesForDuration(FLKTutorialAnimation::kDuration, kFps));
     auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*animation->buildScene(), FLKRect(0, 0, side, side),
                                                                      kFps, frames, FLKSize{side, side});
     if (!renderer) {

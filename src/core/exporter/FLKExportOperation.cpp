@@ -2,6 +2,7 @@
 
 #include "core/exporter/FLKExportGIFOutput.h"
 #include "core/exporter/FLKVideoRecorder.h"
+#include "core/platform/FLKFrameByFrameClock.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKMainQueue.h"
 #include "core/render/FLKOffScreenRenderer.h"
@@ -82,11 +83,11 @@ FLKNotificationCenter& FLKExportOperation::notificationCenter() { return FLKNoti
 void FLKExportOperation::execute() {
     {
         std::lock_guard lock(mutex_);
-        if (executing_ || finished_) return;
+        if (executing_ || finishing_) return;
         executing_ = true;
     }
     const double duration = timeline_ ? timeline_->duration() : 0;
-    const auto numFrames = static_cast<std::uint64_t>(static_cast<double>(fps_) * duration);
+    const std::uint64_t numFrames = FLKFrameByFrameClock::numFramesForDuration(duration, fps_);
     if (numFrames == 0 || fps_ == 0) {
         failWithError(FLKError::make(kFLKExportErrorDomain, kEmptyTimeline,
                                      "\"" + destinationURL_.filename().string() + "\" was not exported.",
@@ -156,7 +157,10 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
 void FLKExportOperation::markFinished() {
     {
         std::lock_guard lock(mutex_);
-        if (finished_) return;
+        // Claimed under the lock: of two finishers (a writer's failure and the
+        // end of rendering) only one posts.
+        if (finishing_) return;
+        finishing_ = true;
     }
     // Queued before anyone waiting for the end can post what follows it.
     postOnMainQueue(FLKExportOperationDidFinishNotification);

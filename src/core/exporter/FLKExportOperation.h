@@ -109,6 +109,7 @@ private:
     mutable std::mutex mutex_;
     mutable std::condition_variable finishedChanged_;
     bool executing_ = false;                          // guarded by mutex_
+    bool finishing_ = false;                          // guarded by mutex_; set by the one markFinished that posts
     bool finished_ = false;                           // guarded by mutex_
     std::optional<FLKError> error_;                   // guarded by mutex_
     std::shared_ptr<FLKExportRecorder> recorder_;     // guarded by mutex_

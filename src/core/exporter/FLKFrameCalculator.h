@@ -4,16 +4,14 @@
 #include <memory>
 
 // Thins a sequence of `numFrames` frames rendered at `fps` to `outputFps`,
-// one frame at a time. Single precision throughout, as the writers have
-// always counted. Belongs to one writer; not shared between threads.
+// one frame at a time, so that the frames written last as long as the frames
+// rendered. A rate above `fps` cannot be thinned to: it is capped at `fps`.
+// Belongs to one writer; not shared between threads.
 class FLKFrameCalculator {
 public:
     FLKFrameCalculator(std::uint64_t fps, std::uint64_t outputFps, std::uint64_t numFrames);
     static std::shared_ptr<FLKFrameCalculator> calculatorWithFps(std::uint64_t fps, std::uint64_t outputFps,
                                                                  std::uint64_t numFrames);
-
-    // Frames rendered for a timeline of `duration` seconds at `fps`.
-    static std::uint64_t numFramesForDuration(double duration, std::uint64_t fps);
 
     std::uint64_t fps() const { return fps_; }
     std::uint64_t outputFps() const { return outputFps_; }
@@ -26,7 +24,7 @@ public:
 
     // Called once per frame offered, with the number of frames already
     // written: whether to write this one. The first frame offered is always
-    // written, the last frame of the sequence never.
+    // written, and never more than outputNumFrames() in all.
     bool advanceWithFrameAtIndex(std::uint64_t framesWritten);
 
     std::uint64_t calculateOutputNumFrames() const;

@@ -52,11 +52,6 @@ FLKGIFRecorder::~FLKGIFRecorder() {
     }
 }
 
-double FLKGIFRecorder::frameDelay(double proposed) {
-    static const double delay = proposed;
-    return delay;
-}
-
 FLKError FLKGIFRecorder::writeError(int code) const {
     return FLKError::make("NSPOSIXErrorDomain", code, "Could not write " + destinationURL().string() + ".",
                           std::strerror(code));
@@ -78,7 +73,7 @@ bool FLKGIFRecorder::record(FLKError* error) {
     settings.speed = kQuantizerSpeed;
     settings.ditherLevel = kDitherLevel;
     settings.loopCount = kLoopCountInFile;
-    settings.frameDelay = frameDelay(frameCalculator_->outputFrameTime());
+    settings.frameDelay = frameCalculator_->outputFrameTime();
     encoder_ = std::make_unique<FLKGIFEncoder>(fd_, destinationURL(), settings);
     isRecording_ = true;
     currentFrame_ = 0;

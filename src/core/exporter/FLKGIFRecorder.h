@@ -60,10 +60,6 @@ public:
     FLKSize videoSize() const { return exportOptions_->videoSize(); }
     const std::filesystem::path& destinationURL() const { return exportOptions_->destinationURL(); }
 
-    // Seconds each frame is shown. Fixed by the first recorder of the process
-    // and shared by every later one.
-    static double frameDelay(double proposed);
-
 private:
     void encodeFrames();
     FLKError writeError(int code) const;

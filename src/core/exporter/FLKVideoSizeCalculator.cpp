@@ -15,9 +15,12 @@ std::int64_t truncated(double value) {
     constexpr double limit = 9.2e18;
     return static_cast<std::int64_t>(std::clamp(value, -limit, limit));
 }
-
-std::int64_t raisedToEven(std::int64_t value) { return value + (value & 1); }
 }  // namespace
+
+std::int64_t FLKVideoSizeCalculator::evenLength(double length) {
+    const std::int64_t whole = truncated(length);
+    return whole + (whole & 1);
+}
 
 std::shared_ptr<FLKVideoSizeCalculator> FLKVideoSizeCalculator::calculatorWithType(FLKExportType type,
                                                                                    FLKSize referenceSize) {
@@ -37,11 +40,11 @@ double FLKVideoSizeCalculator::widthToHeightRatio() const {
 }
 
 std::int64_t FLKVideoSizeCalculator::heightForWidth(std::int64_t width) const {
-    return raisedToEven(truncated(static_cast<double>(width) / widthToHeightRatio()));
+    return evenLength(static_cast<double>(width) / widthToHeightRatio());
 }
 
 std::int64_t FLKVideoSizeCalculator::widthForHeight(std::int64_t height) const {
-    return raisedToEven(truncated(widthToHeightRatio() * static_cast<double>(height)));
+    return evenLength(widthToHeightRatio() * static_cast<double>(height));
 }
 
 std::int64_t FLKVideoSizeCalculator::maxWidthForWidth(std::int64_t width) const {

@@ -22,6 +22,10 @@ public:
     FLKSize referenceVideoSize() const { return referenceVideoSize_; }
     void setReferenceVideoSize(FLKSize size) { referenceVideoSize_ = size; }
 
+    // Whole pixels, an odd count raised by one: every exported side is even,
+    // as 4:2:0 video needs.
+    static std::int64_t evenLength(double length);
+
     double widthToHeightRatio() const;
     // Both round odd results up to the next even number.
     std::int64_t heightForWidth(std::int64_t width) const;

@@ -51,7 +51,7 @@ bool FLKURLVideoTextureProvider::prepareToPlay() {
                                      std::filesystem::absolute(videoURL_).string());
         return false;
     }
-    const FLKSize size = asset_->videoTrack()->naturalSize;
+    const FLKSize size = asset_->videoTrack()->presentationSize();
     const int width = static_cast<int>(size.width) & ~1, height = static_cast<int>(size.height) & ~1;
     scaler_ = std::make_unique<FLKFrameScaler>(width, height, AV_PIX_FMT_BGRA, SWS_BILINEAR);
     currentTexture_.reset();
@@ -93,8 +93,8 @@ void FLKURLVideoTextureProvider::setCurrentTime(double seconds) {
 void FLKURLVideoTextureProvider::rewindAssetReaderLocked(double start) {
     if (assetReader_) assetReader_->cancelReading();
     const auto& track = asset_->videoTrack();
-    const int width = static_cast<int>(track->naturalSize.width) & ~1;
-    const int height = static_cast<int>(track->naturalSize.height) & ~1;
+    const int width = static_cast<int>(track->presentationSize().width) & ~1;
+    const int height = static_cast<int>(track->presentationSize().height) & ~1;
     assetReader_ = std::make_shared<FLKAssetReader>(asset_, start, asset_->duration(), width, height);
     assetReader_->startReading();
     pendingSampleBuffer_.reset();

@@ -34,7 +34,7 @@ FLKAssetTrack videoTrackOf(const AVStream* stream, const AVFormatContext* format
     track.duration = streamDuration(stream, format);
     track.nominalFrameRate = nominalFrameRate(stream);
     track.naturalSize = {static_cast<double>(parameters->width), static_cast<double>(parameters->height)};
-    track.rotationDegrees = flk::media::rotationOfStream(stream);
+    track.orientation = flk::media::orientationOfStream(stream);
     const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(parameters->format));
     if (descriptor) {
         track.pixelFormatName = descriptor->name;

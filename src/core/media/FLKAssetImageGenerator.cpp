@@ -42,6 +42,7 @@ bool FLKAssetImageGenerator::ensureDecoder(FLKError* error) {
         return false;
     }
     scaler_ = std::make_unique<FLKFrameScaler>(1, 1, AV_PIX_FMT_RGBA, SWS_BILINEAR);
+    scaler_->setOrientation(decoder_->orientation());
     return true;
 }
 
@@ -68,7 +69,8 @@ std::optional<FLKImage> FLKAssetImageGenerator::copyImageAtTime(double time, dou
         std::snprintf(seconds, sizeof seconds, "%.3f", time);
         return failure("\"" + asset_->path() + "\" has no picture at " + seconds + " s.");
     }
-    FLKSize size = fittedSize(frame->width, frame->height);
+    const bool swaps = decoder_->orientation().swapsSides();
+    FLKSize size = fittedSize(swaps ? frame->height : frame->width, swaps ? frame->width : frame->height);
     scaler_->setOutputSize(static_cast<int>(size.width), static_cast<int>(size.height));
     flk::media::Frame rgba = scaler_->scale(frame);
     if (!rgba) return failure("Cannot convert the pictures of \"" + asset_->path() + "\".");

@@ -15,8 +15,8 @@ class FLKFrameScaler;
 
 // Still pictures of an asset's first video track at chosen times, as RGBA
 // images fitted inside maximumSize() with the aspect ratio kept (an empty
-// maximum size means full size). The stored picture is used as is: the
-// display rotation is not applied. Not thread-safe: one thread at a time.
+// maximum size means full size), turned upright as the file's display
+// matrix says. Not thread-safe: one thread at a time.
 class FLKAssetImageGenerator {
 public:
     // requestedTime, the image (null on failure), the time of the frame

@@ -52,6 +52,7 @@ bool FLKAssetReader::startReading() {
         return false;
     }
     scaler_ = std::make_unique<FLKFrameScaler>(outputWidth_, outputHeight_, AV_PIX_FMT_NV12, SWS_FAST_BILINEAR);
+    scaler_->setOrientation(decoder_->orientation());
     FLKAssetReaderStatus expected = FLKAssetReaderStatus::Unknown;
     // A cancel that came in meanwhile wins.
     return status_.compare_exchange_strong(expected, FLKAssetReaderStatus::Reading);

@@ -17,8 +17,9 @@ enum class FLKAssetReaderStatus : int { Unknown = 0, Reading = 1, Completed = 2,
 
 // Decodes the time range [start, end) of an asset's first video track into
 // NV12 frames of a fixed output size (720 x 720 unless told otherwise; the
-// aspect ratio is not kept). Frames come out in presentation order, starting
-// with the frame shown at `start`.
+// aspect ratio is not kept), turned upright as the file's display matrix
+// says. Frames come out in presentation order, starting with the frame shown
+// at `start`.
 //
 // Threads: startReading() and copyNextSampleBuffer() belong to one thread at a
 // time (the reading queue); status() and cancelReading() may be called from

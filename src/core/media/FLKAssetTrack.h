@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKSize.h"
 
 enum class FLKMediaType { Video, Audio };
@@ -17,9 +18,9 @@ struct FLKAssetTrack {
 
     // Video only.
     float nominalFrameRate = 0;
-    FLKSize naturalSize;           // coded size in pixels, before rotation
-    int rotationDegrees = 0;       // display rotation, clockwise, one of 0/90/180/270
-    std::string pixelFormatName;   // e.g. "yuv420p", "yuv420p10le"
+    FLKSize naturalSize;              // coded size in pixels, before the orientation
+    FLKVideoOrientation orientation;  // from the display matrix; decoded frames come out turned by it
+    std::string pixelFormatName;      // e.g. "yuv420p", "yuv420p10le"
     int bitsPerComponent = 8;
 
     // Audio only.
@@ -27,9 +28,8 @@ struct FLKAssetTrack {
     int channelCount = 0;
 
     double end() const { return start + duration; }
-    // Size as displayed: width and height swap for quarter turns.
+    // Size as shown, and as the decoders deliver it: width and height swap for quarter turns.
     FLKSize presentationSize() const {
-        return (rotationDegrees == 90 || rotationDegrees == 270) ? FLKSize{naturalSize.height, naturalSize.width}
-                                                                 : naturalSize;
+        return orientation.swapsSides() ? FLKSize{naturalSize.height, naturalSize.width} : naturalSize;
     }
 };

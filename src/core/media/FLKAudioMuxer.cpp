@@ -94,7 +94,7 @@ private:
         copied->codecpar->codec_tag = 0;
         copied->time_base = videoStream_->time_base;
         copied->avg_frame_rate = videoStream_->avg_frame_rate;
-        flk::media::setRotationOfStream(copied, flk::media::rotationOfStream(videoStream_));
+        flk::media::setOrientationOfStream(copied, flk::media::orientationOfStream(videoStream_));
         outputVideo_ = copied;
 
         int sampleRate = audio_ ? aacSampleRate(audio_->codec->sample_rate) : 48000;

@@ -47,19 +47,61 @@ void FLKFrameScaler::setOutputSize(int width, int height) {
 }
 
 flk::media::Frame FLKFrameScaler::scale(const AVFrame* source) {
-    if (!source || source->width <= 0 || source->height <= 0 || outputWidth_ <= 0 || outputHeight_ <= 0)
+    if (orientation_.isUpright()) return scaleTo(source, outputWidth_, outputHeight_);
+    // Scaled as stored, then turned: swscale cannot turn pictures.
+    const bool swaps = orientation_.swapsSides();
+    flk::media::Frame stored = scaleTo(source, swaps ? outputHeight_ : outputWidth_, swaps ? outputWidth_ : outputHeight_);
+    return stored ? turned(*stored) : nullptr;
+}
+
+flk::media::Frame FLKFrameScaler::turned(const AVFrame& stored) const {
+    const auto format = static_cast<AVPixelFormat>(stored.format);
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+    if (!descriptor || (descriptor->flags & (AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_HWACCEL)))
+        return nullptr;
+    const bool rgb = (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    // Packed YUV shares one sample between pixels, and a quarter turn of
+    // chroma subsampled unevenly would not fit: neither can be turned here.
+    if (!rgb && descriptor->nb_components >= 3 && descriptor->comp[0].plane == descriptor->comp[1].plane) return nullptr;
+    if (orientation_.swapsSides() && descriptor->log2_chroma_w != descriptor->log2_chroma_h) return nullptr;
+
+    flk::media::Frame output(av_frame_alloc());
+    if (!output) return nullptr;
+    output->width = orientation_.swapsSides() ? stored.height : stored.width;
+    output->height = orientation_.swapsSides() ? stored.width : stored.height;
+    output->format = format;
+    if (av_frame_get_buffer(output.get(), 0) < 0 || av_frame_copy_props(output.get(), &stored) < 0) return nullptr;
+    const int planes = av_pix_fmt_count_planes(format);
+    for (int plane = 0; plane < planes; ++plane) {
+        int bytesPerPixel = 0;
+        bool chroma = false;
+        for (int component = 0; component < descriptor->nb_components; ++component) {
+            if (descriptor->comp[component].plane != plane) continue;
+            bytesPerPixel = descriptor->comp[component].step;
+            chroma = !rgb && (component == 1 || component == 2);
+        }
+        const int width = chroma ? AV_CEIL_RSHIFT(stored.width, descriptor->log2_chroma_w) : stored.width;
+        const int height = chroma ? AV_CEIL_RSHIFT(stored.height, descriptor->log2_chroma_h) : stored.height;
+        orientation_.turnPlane(stored.data[plane], stored.linesize[plane], width, height, output->data[plane],
+                               output->linesize[plane], bytesPerPixel);
+    }
+    return output;
+}
+
+flk::media::Frame FLKFrameScaler::scaleTo(const AVFrame* source, int outputWidth, int outputHeight) {
+    if (!source || source->width <= 0 || source->height <= 0 || outputWidth <= 0 || outputHeight <= 0)
         return nullptr;
     bool fullRange = source->color_range == AVCOL_RANGE_JPEG;
     AVPixelFormat sourceFormat = withoutJPEGAlias(static_cast<AVPixelFormat>(source->format), &fullRange);
-    context_ = sws_getCachedContext(context_, source->width, source->height, sourceFormat, outputWidth_,
-                                    outputHeight_, outputFormat_, flags_, nullptr, nullptr, nullptr);
+    context_ = sws_getCachedContext(context_, source->width, source->height, sourceFormat, outputWidth,
+                                    outputHeight, outputFormat_, flags_, nullptr, nullptr, nullptr);
     if (!context_) return nullptr;
 
     AVColorSpace colorspace = resolvedColorspace(source);
     const int* coefficients = sws_getCoefficients(colorspace == AVCOL_SPC_BT709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
     bool outputRGB = isRGB(outputFormat_);
     int outputFullRange = outputRGB ? 1 : fullRange;
-    std::array<int, 6> details{source->width, source->height, sourceFormat, outputWidth_ * 65536 + outputHeight_,
+    std::array<int, 6> details{source->width, source->height, sourceFormat, outputWidth * 65536 + outputHeight,
                                colorspace, fullRange * 2 + outputFullRange};
     if (details != configuredDetails_) {
         // Setting the details rebuilds tables: only when something changed.
@@ -70,8 +112,8 @@ flk::media::Frame FLKFrameScaler::scale(const AVFrame* source) {
 
     flk::media::Frame output(av_frame_alloc());
     if (!output) return nullptr;
-    output->width = outputWidth_;
-    output->height = outputHeight_;
+    output->width = outputWidth;
+    output->height = outputHeight;
     output->format = outputFormat_;
     if (av_frame_get_buffer(output.get(), 0) < 0) return nullptr;
     if (sws_scale(context_, source->data, source->linesize, 0, source->height, output->data, output->linesize) <= 0)

@@ -1,11 +1,9 @@
 #include "core/media/FLKMediaSupport.h"
 
-#include <cmath>
 #include <cstring>
 
 extern "C" {
 #include <libavutil/log.h>
-#include <libavutil/display.h>
 #include <libavutil/error.h>
 }
 
@@ -61,23 +59,21 @@ OutputContext openOutput(const std::string& path, std::string* reason) {
     return output;
 }
 
-int rotationOfStream(const AVStream* stream) {
+FLKVideoOrientation orientationOfStream(const AVStream* stream) {
     size_t size = 0;
     const uint8_t* matrix = av_stream_get_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-    if (!matrix || size < 9 * sizeof(int32_t)) return 0;
-    double angle = av_display_rotation_get(reinterpret_cast<const int32_t*>(matrix));
-    if (std::isnan(angle)) return 0;
-    // The matrix angle is counter-clockwise; report clockwise quarter turns.
-    int degrees = static_cast<int>(std::lround(-angle / 90.0)) * 90;
-    return ((degrees % 360) + 360) % 360;
+    if (!matrix || size < 9 * sizeof(int32_t)) return {};
+    int32_t values[9];
+    std::memcpy(values, matrix, sizeof values);
+    return FLKVideoOrientation::orientationWithDisplayMatrix(values);
 }
 
-bool setRotationOfStream(AVStream* stream, int degrees) {
-    if (degrees % 360 == 0) return true;
+bool setOrientationOfStream(AVStream* stream, const FLKVideoOrientation& orientation) {
+    if (orientation.isUpright()) return true;
     auto* matrix = reinterpret_cast<int32_t*>(
         av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(int32_t)));
     if (!matrix) return false;
-    av_display_rotation_set(matrix, static_cast<double>(degrees));  // reads back as -degrees
+    orientation.writeDisplayMatrix(matrix);
     return true;
 }
 

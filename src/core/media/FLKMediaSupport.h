@@ -11,6 +11,7 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
+#include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
 
 namespace flk::media {
@@ -61,10 +62,10 @@ InputContext openInput(const std::string& path, std::string* reason);
 // Creates an MP4 file for writing; on failure answers null and a reason.
 OutputContext openOutput(const std::string& path, std::string* reason);
 
-// Clockwise display rotation (0/90/180/270) from a stream's display matrix.
-int rotationOfStream(const AVStream* stream);
-// Writes the display matrix for a clockwise rotation.
-bool setRotationOfStream(AVStream* stream, int degrees);
+// How a stream's pictures are shown, from its display matrix.
+FLKVideoOrientation orientationOfStream(const AVStream* stream);
+// Writes the display matrix (nothing for an upright orientation).
+bool setOrientationOfStream(AVStream* stream, const FLKVideoOrientation& orientation);
 
 // Seconds of a timestamp in `timeBase`, relative to `origin` (ignored when unset).
 double secondsOf(int64_t timestamp, AVRational timeBase, int64_t origin = AV_NOPTS_VALUE);

@@ -90,12 +90,23 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     encoderOptions.fps = options.fps;
     encoderOptions.preset = options.preset;
     encoderOptions.pixelFormat = options.pixelFormat;
-    encoderOptions.rotationDegrees = options.rotationDegrees;
+    encoderOptions.orientation = options.orientation;
     FLKVideoEncoder encoder(videoPath, encoderOptions);
     if (!encoder.start(error)) return false;
-    for (int n = 0; n < options.frameCount; ++n)
-        if (!encoder.append(frameWithNumber(options.width, options.height, static_cast<uint32_t>(n)), error))
-            return false;
+    const bool swaps = options.orientation.swapsSides();
+    const int shownWidth = swaps ? options.height : options.width;
+    const int shownHeight = swaps ? options.width : options.height;
+    for (int n = 0; n < options.frameCount; ++n) {
+        const FLKPixelBuffer shown = frameWithNumber(shownWidth, shownHeight, static_cast<uint32_t>(n));
+        if (options.orientation.isUpright()) {
+            if (!encoder.append(shown, error)) return false;
+            continue;
+        }
+        FLKPixelBuffer stored(options.width, options.height);
+        options.orientation.inverted().turnPlane(shown.bgra.data(), shown.stride, shownWidth, shownHeight,
+                                                 stored.bgra.data(), stored.stride, 4);
+        if (!encoder.append(stored, error)) return false;
+    }
     if (!encoder.finish(error)) return false;
     if (!options.withTone) return true;
 

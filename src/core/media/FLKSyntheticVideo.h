@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKPixelBuffer.h"
 
@@ -22,7 +23,10 @@ public:
         int frameCount = 30;
         std::string preset = "ultrafast";
         std::string pixelFormat = "yuv420p";
-        int rotationDegrees = 0;
+        // Stored as a phone stores it: width x height turned the other way,
+        // with a display matrix that turns it back, so that the numbers read
+        // across the top only once the orientation is applied.
+        FLKVideoOrientation orientation;
         // Adds an AAC sine tone as long as the video.
         bool withTone = false;
     };

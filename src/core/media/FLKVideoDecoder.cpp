@@ -30,6 +30,7 @@ std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, 
     }
     AVStream* stream = decoder->input_->streams[index];
     decoder->stream_ = stream;
+    decoder->orientation_ = flk::media::orientationOfStream(stream);
     for (unsigned i = 0; i < decoder->input_->nb_streams; ++i)
         if (static_cast<int>(i) != index) decoder->input_->streams[i]->discard = AVDISCARD_ALL;
 

@@ -28,8 +28,10 @@ public:
 
     bool failed() const { return !failureReason_.empty(); }
     const std::string& failureReason() const { return failureReason_; }
+    // The stored size; pictures are shown turned by orientation().
     int width() const { return codec_->width; }
     int height() const { return codec_->height; }
+    const FLKVideoOrientation& orientation() const { return orientation_; }
     double frameDuration() const { return frameDuration_; }
     const std::string& path() const { return path_; }
 
@@ -51,6 +53,7 @@ private:
     bool hasHeld_ = false;
     std::optional<double> lastTime_;  // of the frame nextFrame() last gave out
     AVStream* stream_ = nullptr;
+    FLKVideoOrientation orientation_;
     double frameDuration_ = 1.0 / 30;
     double skipBefore_ = -1;  // frames ending at or before this are dropped
     bool inputEnded_ = false;

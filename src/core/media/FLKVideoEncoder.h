@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKPixelBuffer.h"
 
@@ -32,8 +33,8 @@ public:
         int crf = 0;
         // "yuv420p", or "yuv420p10le" for a 10-bit High 10 stream.
         std::string pixelFormat = "yuv420p";
-        // Display rotation written as the stream's display matrix (0/90/180/270, clockwise).
-        int rotationDegrees = 0;
+        // Written as the stream's display matrix.
+        FLKVideoOrientation orientation;
         bool threaded = false;
         size_t queueCapacity = 4;
         // Frames the rate control looks ahead; each is held in full. -1 keeps the preset's.

@@ -69,7 +69,7 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     avcodec_parameters_from_context(stream_->codecpar, context);
     stream_->time_base = context->time_base;
     stream_->avg_frame_rate = context->framerate;
-    flk::media::setRotationOfStream(stream_, options.rotationDegrees);
+    flk::media::setOrientationOfStream(stream_, options.orientation);
 
     yuv_->width = options.width;
     yuv_->height = options.height;

@@ -6,6 +6,7 @@
 #include "core/platform/FLKNotificationCenter.h"
 #include "core/platform/FLKPaths.h"
 #include "core/platform/FLKSerializable.h"
+#include "core/scene/FLKScene.h"
 
 FLKSceneLoader::FLKSceneLoader(FLKTemplateManager& templates) : templates_(templates) {}
 
@@ -49,6 +50,9 @@ std::shared_ptr<FLKScene> FLKSceneLoader::loadSceneWithFile(const std::shared_pt
     FLKFile::setCurrentFile(file);
     currentScene_ = file->document() ? file->document()->currentScene() : nullptr;
     currentTimeline_ = file->document() ? file->document()->currentTimeline() : nullptr;
+    // The scene layer asks for "the current scene" without knowing the loader;
+    // the scene loaded last is that scene. Weakly held: it is the document's.
+    FLKScene::setCurrentSceneProvider([scene = std::weak_ptr<FLKScene>(currentScene_)] { return scene.lock(); });
     notifyDidLoadSceneWithType(kLoadTypeFile);
     return currentScene_;
 }

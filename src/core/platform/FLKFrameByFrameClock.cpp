@@ -1,6 +1,7 @@
 #include "core/platform/FLKFrameByFrameClock.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include "core/platform/FLKLog.h"
@@ -8,6 +9,14 @@
 
 FLKFrameByFrameClock::FLKFrameByFrameClock(unsigned fps, unsigned numFrames) : fps_(fps), numFrames_(numFrames) {
     if (fps == 0) throw std::invalid_argument("A frame-by-frame clock needs a frame rate above 0");
+}
+
+std::uint64_t FLKFrameByFrameClock::numFramesForDuration(double duration, std::uint64_t fps) {
+    constexpr double kTolerance = 1e-6;  // of a frame
+    const double frames = static_cast<double>(fps) * duration + kTolerance;
+    // Not-a-number, negative and absurd lengths read as no frames.
+    if (!(frames >= 1) || frames >= 1.8e19) return 0;
+    return static_cast<std::uint64_t>(frames);
 }
 
 void FLKFrameByFrameClock::addUpdatable(std::shared_ptr<FLKTimeUpdatable> updatable) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -16,6 +17,11 @@ class FLKFrameByFrameClock : public FLKUpdatableTimer {
 public:
     // Throws std::invalid_argument for a frame rate of 0.
     FLKFrameByFrameClock(unsigned fps, unsigned numFrames);
+
+    // Frames in `duration` seconds at `fps`, the one count every exporter and
+    // renderer uses: whole frames only, but a product a rounding error short of
+    // a whole number (4.1 s x 30) counts as that number.
+    static std::uint64_t numFramesForDuration(double duration, std::uint64_t fps);
 
     void addUpdatable(std::shared_ptr<FLKTimeUpdatable> updatable) override;
     void removeUpdateable(const std::shared_ptr<FLKTimeUpdatable>& updatable) override;

@@ -23,11 +23,6 @@ std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWit
     return renderer;
 }
 
-unsigned FLKOffScreenRenderer::numFramesForDuration(double duration, unsigned fps) {
-    float frames = std::ceil(static_cast<float>(fps) * static_cast<float>(duration));
-    return frames > 0 ? static_cast<unsigned>(frames) : 0;
-}
-
 FLKOffScreenRenderer::FLKOffScreenRenderer(Passkey, std::shared_ptr<FLKContext> context, const FLKScene& scene,
                                            const FLKRect& renderFrame, unsigned fps, unsigned numFrames,
                                            FLKSize outputSize)
@@ -73,7 +68,7 @@ std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWit
                                                                                        unsigned fps,
                                                                                        FLKSize outputSize) {
     auto renderer = offScreenRendererWithScene(scene, renderFrame, fps,
-                                               numFramesForDuration(timeline.duration(), fps), outputSize);
+                                               static_cast<unsigned>(FLKFrameByFrameClock::numFramesForDuration(timeline.duration(), fps)), outputSize);
     if (!renderer) return nullptr;
     renderer->timeline_ = timeline.copyWithTimer(renderer->clock_);
     renderer->timeline_->setName("Offscreen Master");

@@ -41,9 +41,6 @@ public:
                                                                             const FLKTimeline& timeline,
                                                                             const FLKRect& renderFrame, unsigned fps,
                                                                             FLKSize outputSize = {});
-    // ceil(fps x duration), in single precision as exports have always counted.
-    static unsigned numFramesForDuration(double duration, unsigned fps);
-
     FLKOffScreenRenderer(Passkey, std::shared_ptr<FLKContext> context, const FLKScene& scene,
                          const FLKRect& renderFrame, unsigned fps, unsigned numFrames, FLKSize outputSize);
     ~FLKOffScreenRenderer() override;

@@ -22,8 +22,8 @@ public:
     // template a document starts from.
     std::shared_ptr<FLKScene> templatedScene() const;
 
-    // The scene the application is showing. The scene loader, which lives in
-    // a higher layer, installs the function that answers it.
+    // The scene the application is showing: the one the scene loader (a
+    // higher layer) loaded last, through the function each load installs.
     static std::shared_ptr<FLKScene> currentScene();
     static void setCurrentSceneProvider(std::function<std::shared_ptr<FLKScene>()> provider);
 

@@ -32,8 +32,8 @@ void FLKVideoClipStaticFramesGrabber::grabFramesFromTime(double start, double en
                                                          FrameHandler frameHandler) {
     const auto& track = videoClip_->videoTrack();
     if (!track || !videoClip_->asset()) return;
-    const FLKSize thumbnail = maxSizeForImageSize(track->naturalSize, timelineSize);
-    const uint64_t count = numberOfFramesForImageSize(track->naturalSize, timelineSize);
+    const FLKSize thumbnail = maxSizeForImageSize(track->presentationSize(), timelineSize);
+    const uint64_t count = numberOfFramesForImageSize(track->presentationSize(), timelineSize);
 
     const Frames cached = grabbedFramesFromTime(start, count);
     if (!cached.empty()) {

@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <latch>
 #include <mutex>
+#include <numeric>
+#include <thread>
 
 #include "FLKExportTestSupport.h"
+#include "FLKGIFTestSupport.h"
 #include "core/exporter/FLKExportQueue.h"
 #include "core/exporter/FLKExportVideoSanityChecker.h"
 #include "core/exporter/FLKVideoRecorder.h"
@@ -85,7 +89,7 @@ protected:
 
     std::vector<std::optional<uint32_t>> exportNumberedClips(
         const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
-        const std::shared_ptr<FLKTimeline>& timeline);
+        const std::shared_ptr<FLKTimeline>& timeline, const FLKVideoOrientation& orientation = {});
 
     std::shared_ptr<FLKRunLoopMainQueue> mainQueue;
     std::shared_ptr<RecordedFeedback> feedback;
@@ -184,6 +188,30 @@ TEST_F(FLKExportQueueTest, ASessionSpansEveryOperationAndCollectsTheirErrors) {
     EXPECT_EQ(log.count(FLKExportQueueDidStartNotification), 2);
 }
 
+// A writer's failure and the end of rendering can finish one operation at the
+// same moment: its end is announced once.
+TEST_F(FLKExportQueueTest, FinishersRacingAnnounceTheEndOnce) {
+    NotificationLog log;
+    auto scene = gradientScene(kFrame);
+    constexpr int kOperations = 200;
+    for (int i = 0; i < kOperations; ++i) {
+        auto operation = mp4Operation(*scene, timelineOfLength(1.0), folder / "never.mp4");
+        std::latch start(2);
+        auto finish = [&] {
+            start.arrive_and_wait();
+            operation->markFinished();
+        };
+        std::thread other(finish);
+        finish();
+        other.join();
+        EXPECT_TRUE(operation->isFinished());
+    }
+    bool drained = false;
+    mainQueue->post([&] { drained = true; });
+    mainQueue->runUntil([&] { return drained; });
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), kOperations);
+}
+
 // A small scene exported end to end: the file is H.264 High, 4:2:0, 30 fps,
 // one frame per 1/30 s of the timeline, with an AAC track as long as the
 // video (silence: the scene has no sound), index in front.
@@ -271,34 +299,49 @@ TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
     EXPECT_EQ(feedback->presented[0].localizedDescription, "2 exports failed.");
 }
 
-TEST_F(FLKExportQueueTest, ExportsAGIFAtItsOutputRate) {
+// GIFs at several rates queued together: each has the delays of its own
+// rate and lasts as long as the timeline; a rate above the rendering one is
+// written at the rendering rate.
+TEST_F(FLKExportQueueTest, GIFsOfOneSessionEachLastTheTimelineAtTheirOwnRate) {
     ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     NotificationLog log;
     auto queue = FLKExportQueue::make();
-    const fs::path destination = folder / "scene.gif";
-    auto operation = FLKExportOperation::operationWithScene(*gradientScene(kFrame), timelineOfLength(1.0),
-                                                            FLKExportTypeGIF, destination, kFrame, {80, 46}, 30);
-    operation->setOutputFps(10);
-    queue->addOperation(operation);
+    auto scene = gradientScene(kFrame);
+    const std::vector<std::uint64_t> rates = {15, 10, 50};
+    std::vector<std::shared_ptr<FLKExportOperation>> operations;
+    for (std::uint64_t fps : rates) {
+        operations.push_back(FLKExportOperation::operationWithScene(*scene, timelineOfLength(1.0), FLKExportTypeGIF,
+                                                                    folder / ("scene" + std::to_string(fps) + ".gif"),
+                                                                    kFrame, {80, 46}, 30));
+        operations.back()->setOutputFps(fps);
+        queue->addOperation(operations.back());
+    }
     runUntilSessionEnds(log);
 
-    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
-    std::ifstream file(destination, std::ios::binary);
-    char signature[6] = {};
-    file.read(signature, 6);
-    EXPECT_EQ(std::string(signature, 6), "GIF89a");
-    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+    const std::vector<size_t> frames = {15, 10, 30};
+    for (size_t i = 0; i < operations.size(); ++i) {
+        ASSERT_FALSE(operations[i]->error()) << operations[i]->error()->fullMessage();
+        const flktest::DecodedGIF gif = flktest::decodeGIF(operations[i]->destinationURL());
+        ASSERT_TRUE(gif.ok) << rates[i];
+        EXPECT_EQ(gif.version, "GIF89a");
+        EXPECT_EQ(gif.delays.size(), frames[i]) << rates[i] << " fps";
+        EXPECT_EQ(std::accumulate(gif.delays.begin(), gif.delays.end(), 0), 100) << rates[i] << " fps";
+    }
+    EXPECT_EQ(flktest::decodeGIF(operations[1]->destinationURL()).delays, std::vector<int>(10, 10));
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 3);
 }
 
 // Exports a 320 x 240 scene showing the video track that `arrange` fills
-// with clips of a 30-frame numbered recording; the first number of each frame.
+// with clips of a 30-frame numbered recording stored with `orientation`; the
+// first number of each frame.
 std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
     const std::function<void(FLKTimelineVideoTrack&, const std::shared_ptr<FLKVideoClip>&)>& arrange,
-    const std::shared_ptr<FLKTimeline>& timeline) {
+    const std::shared_ptr<FLKTimeline>& timeline, const FLKVideoOrientation& orientation) {
     FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
     const fs::path recording = folder / "numbered.mp4";
     FLKSyntheticVideo::Options options;
     options.frameCount = 30;
+    options.orientation = orientation;
     EXPECT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
 
     const FLKRect frame{0, 0, 320, 240};
@@ -325,17 +368,8 @@ std::vector<std::optional<uint32_t>> FLKExportQueueTest::exportNumberedClips(
     return movie.firstNumbers;
 }
 
-// A recording on the editor's timeline is exported through a copy of that
-// timeline with readers of its own: the file shows the recording's frames in
-// order, and the editor's play head stays where it was.
-TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
-    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
-    auto timeline = FLKTimeline::timelineWithTimer({});
-    const auto numbers = exportNumberedClips(
-        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
-        timeline);
-    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
-    EXPECT_DOUBLE_EQ(timeline->tracks().front()->currentTime(), 0.5);
+// The numbers of a whole 30-frame recording exported on its own.
+static void expectTheRecordingInOrder(const std::vector<std::optional<uint32_t>>& numbers) {
     ASSERT_EQ(numbers.size(), 30u);
     // Frame k of the file is rendered at (k + 1) / 30 s, where the decoded
     // frame k (one period away, first in ring order) or k + 1 answers. The
@@ -349,6 +383,30 @@ TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHe
         EXPECT_GE(shown, previous) << "frame " << k;
         previous = shown;
     }
+}
+
+// A recording on the editor's timeline is exported through a copy of that
+// timeline with readers of its own: the file shows the recording's frames in
+// order, and the editor's play head stays where it was.
+TEST_F(FLKExportQueueTest, ExportsTheTimelinesVideoWithoutMovingTheEditorsPlayHead) {
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
+        timeline);
+    EXPECT_DOUBLE_EQ(timeline->currentTime(), 0.5);
+    EXPECT_DOUBLE_EQ(timeline->tracks().front()->currentTime(), 0.5);
+    expectTheRecordingInOrder(numbers);
+}
+
+// A phone's recording stored on its side: the export shows it upright (its
+// numbers read across the top of each frame).
+TEST_F(FLKExportQueueTest, RecordingsStoredOnTheirSideAreExportedUpright) {
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
+    const auto numbers = exportNumberedClips(
+        [](FLKTimelineVideoTrack& track, const std::shared_ptr<FLKVideoClip>& whole) { track.addClip(whole); },
+        FLKTimeline::timelineWithTimer({}), FLKVideoOrientation(90, false));
+    expectTheRecordingInOrder(numbers);
 }
 
 // The second half of the recording first, then the first half: an export lets

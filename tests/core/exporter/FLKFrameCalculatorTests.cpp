@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include "core/exporter/FLKFrameCalculator.h"
@@ -26,32 +27,45 @@ TEST(FLKFrameCalculator, ThinsSixtyToTwentyByTakingEveryThirdAfterTheFirst) {
     EXPECT_EQ(calculator->frameIndex(), 12u);
 }
 
-TEST(FLKFrameCalculator, EqualRatesWriteEveryFrameButTheLast) {
+TEST(FLKFrameCalculator, EqualRatesWriteEveryFrameOffered) {
     FLKFrameCalculator calculator(30, 30, 90);
     EXPECT_EQ(calculator.outputNumFrames(), 90u);
     EXPECT_EQ(calculator.outputFrameTime(), static_cast<double>(1.0f / 30.0f));
     EXPECT_NEAR(calculator.outputFrameTime(), 1.0 / 30.0, 1e-7);
 
-    std::vector<std::uint64_t> written = writtenFrames(calculator, 89);
-    EXPECT_EQ(written.size(), 89u);
+    std::vector<std::uint64_t> written = writtenFrames(calculator, 90);
+    EXPECT_EQ(written.size(), 90u);
     EXPECT_FALSE(calculator.advanceWithFrameAtIndex(written.size()));
 }
 
-TEST(FLKFrameCalculator, OutputFrameCountIsFlooredInSinglePrecision) {
+// The exporter offers all numFrames frames (it renders one more and the
+// writer drops the first): at every output rate the frames written must
+// last as long as the rendered ones, a rate above the rendering one
+// included (it is capped).
+TEST(FLKFrameCalculator, WrittenFramesLastAsLongAsTheRenderedOnes) {
+    for (std::uint64_t outputFps : {1u, 7u, 10u, 12u, 15u, 20u, 24u, 25u, 29u, 30u, 50u, 60u}) {
+        for (std::uint64_t numFrames : {90u, 126u, 301u}) {
+            FLKFrameCalculator calculator(30, outputFps, numFrames);
+            const std::uint64_t written = writtenFrames(calculator, numFrames).size();
+            const double seconds = static_cast<double>(written) / static_cast<double>(calculator.outputFps());
+            EXPECT_EQ(written, calculator.outputNumFrames()) << outputFps << " fps, " << numFrames << " frames";
+            EXPECT_LE(std::abs(seconds - static_cast<double>(numFrames) / 30.0), 1.0 / static_cast<double>(outputFps))
+                << outputFps << " fps, " << numFrames << " frames";
+        }
+    }
+    FLKFrameCalculator capped(30, 50, 90);
+    EXPECT_EQ(capped.outputFps(), 30u);
+    EXPECT_NEAR(capped.outputFrameTime(), 1.0 / 30.0, 1e-7);
+}
+
+TEST(FLKFrameCalculator, OutputFrameCountIsWholeFramesOfTheDuration) {
     EXPECT_EQ(FLKFrameCalculator(30, 10, 95).outputNumFrames(), 31u);
-    // 126 / 30 × 15 is 63 exactly, but 4.2 is not a float: the count is 62.
-    EXPECT_EQ(FLKFrameCalculator(30, 15, 126).outputNumFrames(), 62u);
+    // 126 / 30 × 15 is 63 exactly, although 4.2 has no exact binary form.
+    EXPECT_EQ(FLKFrameCalculator(30, 15, 126).outputNumFrames(), 63u);
     EXPECT_EQ(FLKFrameCalculator(30, 0, 90).outputNumFrames(), 0u);
 }
 
 TEST(FLKFrameCalculator, FirstFrameIsTakenEvenWhenItIsTheLast) {
     FLKFrameCalculator calculator(30, 10, 1);
     EXPECT_TRUE(calculator.advanceWithFrameAtIndex(0));
-}
-
-TEST(FLKFrameCalculator, FramesForATimelineAreTruncated) {
-    EXPECT_EQ(FLKFrameCalculator::numFramesForDuration(2.5, 30), 75u);
-    EXPECT_EQ(FLKFrameCalculator::numFramesForDuration(10.0, 30), 300u);
-    EXPECT_EQ(FLKFrameCalculator::numFramesForDuration(1.0 / 30.0 * 7.9, 30), 7u);
-    EXPECT_EQ(FLKFrameCalculator::numFramesForDuration(-1.0, 30), 0u);
 }

@@ -7,6 +7,11 @@
 #include "FLKMediaTestSupport.h"
 #include "core/media/FLKAssetImageGenerator.h"
 #include "core/media/FLKAssetReader.h"
+#include "core/media/FLKVideoDecoder.h"
+
+extern "C" {
+#include <libavutil/display.h>
+}
 
 namespace {
 
@@ -120,7 +125,7 @@ TEST(FLKAssetReader, DamagedDataLosesFramesNotTheClip) {
     for (size_t i = 1; i < frames.size(); ++i) EXPECT_GT(frames[i].time, frames[i - 1].time);
 }
 
-TEST(FLKAssetReader, TenBitAndRotatedSourcesDecode) {
+TEST(FLKAssetReader, TenBitSourcesDecode) {
     FLKSyntheticVideo::Options tenBit;
     tenBit.frameCount = 20;
     tenBit.pixelFormat = "yuv420p10le";
@@ -128,14 +133,76 @@ TEST(FLKAssetReader, TenBitAndRotatedSourcesDecode) {
     std::vector<ReadFrame> frames = readAll(deep);
     ASSERT_EQ(frames.size(), 5u);
     EXPECT_EQ(frames[0].number, 15u);
+}
 
-    FLKSyntheticVideo::Options rotated;
-    rotated.frameCount = 10;
-    rotated.rotationDegrees = 90;
-    FLKAssetReader turned(FLKAsset::assetWithPath(syntheticVideo("reader-rotated.mp4", rotated)), 0, 1);
-    frames = readAll(turned);
-    ASSERT_EQ(frames.size(), 10u);
-    EXPECT_EQ(frames[9].number, 9u);  // stored picture, rotation left to the renderer
+// A phone's recording: the picture stored on its side, upright only through
+// the display matrix.
+std::shared_ptr<FLKAsset> turnedRecording(const FLKVideoOrientation& orientation) {
+    FLKSyntheticVideo::Options options;
+    options.frameCount = 10;
+    options.width = 320;
+    options.height = 192;
+    options.orientation = orientation;
+    return FLKAsset::assetWithPath(syntheticVideo("reader-turned-" + std::to_string(orientation.rotationDegrees()) +
+                                                      (orientation.isMirrored() ? "-mirrored" : "") + ".mp4",
+                                                  options));
+}
+
+const std::vector<FLKVideoOrientation> kTurns = {{90, false}, {180, false}, {270, false}, {90, true}, {0, true}};
+
+TEST(FLKAssetReader, TurnedRecordingsComeOutUpright) {
+    for (const FLKVideoOrientation& orientation : kTurns) {
+        FLKAssetReader reader(turnedRecording(orientation), 0, 1);
+        std::vector<ReadFrame> frames = readAll(reader);
+        ASSERT_EQ(frames.size(), 10u);
+        for (size_t i = 0; i < frames.size(); ++i)
+            EXPECT_EQ(frames[i].number, i) << orientation.rotationDegrees() << (orientation.isMirrored() ? " mirrored" : "");
+    }
+}
+
+// Checks the test recordings themselves against the display matrix as
+// FFmpeg reads it, so that the reader and the writer cannot agree on a wrong
+// turn: a quarter turn clockwise shows the stored picture's left column,
+// bottom up, as its top row; a mirror shows the stored top row right to left.
+TEST(FLKAssetReader, TurnedTestRecordingsAreStoredAsPhonesStoreThem) {
+    struct Case {
+        FLKVideoOrientation orientation;
+        double ffmpegAngle;  // counter-clockwise, as FFmpeg reports it
+        bool swaps;
+    };
+    for (const Case& c : {Case{{90, false}, -90.0, true}, Case{{0, true}, -180.0, false}}) {
+        auto asset = turnedRecording(c.orientation);
+        std::string reason;
+        flk::media::InputContext input = flk::media::openInput(asset->path(), &reason);
+        ASSERT_TRUE(input) << reason;
+        const auto* matrix = reinterpret_cast<const int32_t*>(
+            av_stream_get_side_data(input->streams[0], AV_PKT_DATA_DISPLAYMATRIX, nullptr));
+        ASSERT_NE(matrix, nullptr);
+        EXPECT_NEAR(av_display_rotation_get(matrix), c.ffmpegAngle, 1e-6);
+        // FFmpeg's own tool flips a matrix of -180 degrees left to right when its first entry is negative.
+        if (!c.swaps) EXPECT_TRUE(matrix[0] < 0 && matrix[4] > 0);
+
+        auto decoder = FLKVideoDecoder::open(asset->path(), &reason);
+        ASSERT_TRUE(decoder) << reason;
+        ASSERT_TRUE(decoder->seekTo(0.11));
+        double time = 0;
+        const AVFrame* stored = decoder->nextFrame(&time);
+        ASSERT_NE(stored, nullptr);
+        ASSERT_EQ(stored->width, 320);
+        ASSERT_EQ(stored->height, 192);
+        const int shownWidth = c.swaps ? stored->height : stored->width;
+        const int shownHeight = c.swaps ? stored->width : stored->height;
+        std::vector<uint8_t> shown(static_cast<size_t>(shownWidth) * shownHeight);
+        for (int y = 0; y < shownHeight; ++y) {
+            for (int x = 0; x < shownWidth; ++x) {
+                const int storedX = c.swaps ? y : stored->width - 1 - x;
+                const int storedY = c.swaps ? stored->height - 1 - x : y;
+                shown[static_cast<size_t>(y) * shownWidth + x] =
+                    stored->data[0][static_cast<ptrdiff_t>(storedY) * stored->linesize[0] + storedX];
+            }
+        }
+        EXPECT_EQ(FLKSyntheticVideo::numberInLuma(shown.data(), shownWidth, shownWidth, shownHeight), 3u);
+    }
 }
 
 TEST(FLKAssetReader, ColourTagsFollowTheSource) {
@@ -185,6 +252,22 @@ TEST(FLKAssetImageGenerator, PicturesAtTimesWithTheirActualTimes) {
     ASSERT_TRUE(full.has_value());
     EXPECT_EQ(full->width, 320);
     EXPECT_NEAR(time, 5.0, 1e-3);
+}
+
+TEST(FLKAssetImageGenerator, TurnedRecordingsGiveUprightPictures) {
+    for (const FLKVideoOrientation& orientation : kTurns) {
+        auto asset = turnedRecording(orientation);
+        const FLKSize shown = asset->videoTrack()->presentationSize();
+        EXPECT_EQ(shown, orientation.swapsSides() ? (FLKSize{192, 320}) : (FLKSize{320, 192}));
+        FLKAssetImageGenerator generator(asset);
+        generator.setMaximumSize({320, 320});
+        auto image = generator.copyImageAtTime(0.21);
+        ASSERT_TRUE(image.has_value());
+        EXPECT_EQ(image->width, orientation.swapsSides() ? 192 : 320);
+        EXPECT_EQ(image->height, orientation.swapsSides() ? 320 : 192);
+        EXPECT_EQ(numberInImage(*image), 6u) << orientation.rotationDegrees()
+                                             << (orientation.isMirrored() ? " mirrored" : "");
+    }
 }
 
 }  // namespace

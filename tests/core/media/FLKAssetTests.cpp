@@ -31,7 +31,7 @@ TEST(FLKAsset, DurationFrameRateAndSizeOfVideo) {
     EXPECT_FALSE(ten.hasAudio());
     EXPECT_FLOAT_EQ(ten.videoTrack()->nominalFrameRate, 30.0f);
     EXPECT_EQ(ten.videoTrack()->naturalSize, (FLKSize{320, 240}));
-    EXPECT_EQ(ten.videoTrack()->rotationDegrees, 0);
+    EXPECT_TRUE(ten.videoTrack()->orientation.isUpright());
     EXPECT_EQ(ten.videoTrack()->codecName, "h264");
 
     FLKAsset film(syntheticVideo("film.mp4", clip(48, 24)));
@@ -39,19 +39,20 @@ TEST(FLKAsset, DurationFrameRateAndSizeOfVideo) {
     EXPECT_NEAR(film.duration(), 2.0, 1e-3);
 }
 
-TEST(FLKAsset, DisplayRotationComesFromTheDisplayMatrix) {
+TEST(FLKAsset, OrientationComesFromTheDisplayMatrix) {
     for (int degrees : {90, 180, 270}) {
-        FLKSyntheticVideo::Options options = clip(5);
-        options.rotationDegrees = degrees;
-        FLKAsset asset(syntheticVideo("rotated" + std::to_string(degrees) + ".mp4", options));
-        ASSERT_TRUE(asset.hasVideo()) << asset.failureReason();
-        EXPECT_EQ(asset.videoTrack()->rotationDegrees, degrees);
-        EXPECT_EQ(asset.videoTrack()->naturalSize, (FLKSize{320, 240}));
+        for (bool mirrored : {false, true}) {
+            FLKSyntheticVideo::Options options = clip(5);
+            options.orientation = FLKVideoOrientation(degrees, mirrored);
+            FLKAsset asset(syntheticVideo("rotated" + std::to_string(degrees) + (mirrored ? "m" : "") + ".mp4", options));
+            ASSERT_TRUE(asset.hasVideo()) << asset.failureReason();
+            EXPECT_EQ(asset.videoTrack()->orientation.rotationDegrees(), degrees);
+            EXPECT_EQ(asset.videoTrack()->orientation.isMirrored(), mirrored);
+            EXPECT_EQ(asset.videoTrack()->naturalSize, (FLKSize{320, 240}));
+            EXPECT_EQ(asset.videoTrack()->presentationSize(),
+                      degrees == 180 ? (FLKSize{320, 240}) : (FLKSize{240, 320}));
+        }
     }
-    FLKSyntheticVideo::Options options = clip(5);
-    options.rotationDegrees = 90;
-    FLKAsset portrait(syntheticVideo("rotated90.mp4", options));
-    EXPECT_EQ(portrait.videoTrack()->presentationSize(), (FLKSize{240, 320}));
 }
 
 TEST(FLKAsset, AudioOnlyAndVideoWithSound) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cmath>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -125,6 +126,20 @@ TEST(FLKFrameByFrameClock, OffersEachFrameTimeOnceAndFinishesAfterTheLast) {
     auto offered = updatable->offered();
     ASSERT_EQ(offered.size(), 90u);
     for (unsigned i = 0; i < 90; ++i) EXPECT_DOUBLE_EQ(offered[i], i / 30.0);
+}
+
+// One rule for the whole program: 1.01 s is 30 frames everywhere, and 4.1 s
+// is 123 although 4.1 x 30 is 122.99999999999999 in doubles.
+TEST(FLKFrameByFrameClock, FramesForADurationAreWholeFramesRoundedOnlyAcrossErrors) {
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(2.5, 30), 75u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(2.5, 24), 60u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(1.01, 30), 30u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(4.1, 30), 123u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(7.9 / 30, 30), 7u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(0.02, 30), 0u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(-1.0, 30), 0u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(std::nan(""), 30), 0u);
+    EXPECT_EQ(FLKFrameByFrameClock::numFramesForDuration(3.0, 0), 0u);
 }
 
 TEST(FLKFrameByFrameClock, ARefusalHoldsTheFrameAndLogsWaiting) {

@@ -37,13 +37,6 @@ const uint8_t* bgraAt(const FLKPixelBuffer& buffer, int x, int y) {
     return &buffer.bgra[size_t(y) * buffer.stride + size_t(x) * 4];
 }
 
-TEST(FLKOffScreenRendererTest, FrameCountsFollowDurationAndRate) {
-    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(2.5, 30), 75u);
-    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(2.5, 24), 60u);
-    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(1.01, 30), 31u);
-    EXPECT_EQ(FLKOffScreenRenderer::numFramesForDuration(0, 30), 0u);
-}
-
 TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
     ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
     // The editor's camera looks elsewhere: the export must use the render frame.
