@@ -263,7 +263,8 @@ TEST(FLKDocumentFile, APreviewSourceDrawsThePreviewAndAFailedReadKeepsTheModel) 
     writeText(f.file->metadataURL(), "{");
     FLKError error;
     EXPECT_FALSE(f.file->read(&error));
-    EXPECT_NE(error.localizedDescription.find("Error reading file"), std::string::npos);
+    EXPECT_NE(error.localizedDescription.find("its metadata (metadata.json) is not valid JSON"), std::string::npos)
+        << error.localizedDescription;
     EXPECT_EQ(f.file->document(), document);
     EXPECT_TRUE(FLKFileSerializationContext::contextStack().empty());
 }
