@@ -10,7 +10,9 @@
 #include "core/media/FLKAssetImageGenerator.h"
 #include "core/media/FLKImageIO.h"
 #include "core/media/FLKSyntheticVideo.h"
+#include "core/platform/FLKFolderLease.h"
 #include "core/platform/FLKJSON.h"
+#include "core/platform/FLKPaths.h"
 #include "support/FLKProgramRun.h"
 
 namespace {
@@ -51,6 +53,7 @@ protected:
         EXPECT_TRUE(FLKSyntheticVideo::writeVideo(path.string(), options));
         return path;
     }
+    void TearDown() override { EXPECT_TRUE(flk::testing::workingFoldersLeft().empty()); }
     ProgramRun run(const std::string& arguments) { return flk::testing::runProgram(FLK_CLI_PATH, arguments); }
     fs::path folder;
 };
@@ -148,6 +151,25 @@ TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
     FLKAsset animation(gif.string());
     ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
     EXPECT_NEAR(animation.duration(), 1.0, 0.15);
+}
+
+// A working folder whose process is gone is cleared by the next program that
+// opens a document; one in use by a running process is left alone.
+TEST_F(FLKDocumentCommandsTest, WorkingFoldersOfEndedProcessesAreClearedAtStart) {
+    const auto store = flk::temporaryHome() / "Files";
+    const auto crashed = store / "CRASHED.tmp", running = store / "RUNNING.tmp";
+    fs::create_directories(crashed / "media");
+    std::ofstream(crashed / "media" / "copy.mp4") << "a recording";
+    std::ofstream(crashed.string() + ".lock") << "";
+    auto lease = FLKFolderLease::leaseForFolder(running);  // this test process is the running one
+    fs::create_directories(running / "media");
+
+    auto info = run("info 'Full Screen'");
+    ASSERT_EQ(info.exitCode, 0) << info.standardError;
+    EXPECT_FALSE(fs::exists(crashed));
+    EXPECT_FALSE(fs::exists(crashed.string() + ".lock"));
+    EXPECT_TRUE(fs::exists(running / "media"));
+    fs::remove_all(running);
 }
 
 TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissingFoldersFail) {

@@ -14,6 +14,7 @@
 #include "core/model/FLKZipArchive.h"
 #include "core/platform/FLKAtomicFile.h"
 #include "core/platform/FLKFileExtensions.h"
+#include "core/platform/FLKFolderLease.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKPaths.h"
 #include "core/platform/FLKSerializable.h"
@@ -105,6 +106,12 @@ std::shared_ptr<T> modelObjectAtURL(const fs::path& url, const ModelPart& part, 
     return typed;
 }
 
+// Once a process, before its first working folder: what crashed processes left.
+void removeAbandonedWorkingFolders(const fs::path& store) {
+    static std::once_flag once;
+    std::call_once(once, [&] { FLKFolderLease::removeAbandonedFolders(store); });
+}
+
 }  // namespace
 
 // --- Creation and the shared current file ---
@@ -150,7 +157,12 @@ void FLKFile::setPreviewSource(PreviewSource source) {
 // --- Locations ---
 
 const fs::path& FLKFile::URL() const {
-    if (!url_) url_ = temporaryStore()->createUniqueFileURL();
+    if (!url_) {
+        removeAbandonedWorkingFolders(temporaryStore()->directoryURL());
+        url_ = temporaryStore()->createUniqueFileURL();
+        lease_ = FLKFolderLease::leaseForFolder(*url_);
+        if (!lease_) flk::log("No lock beside the working folder %s: a crash would leave it behind", url_->c_str());
+    }
     return *url_;
 }
 

@@ -18,13 +18,16 @@
 class FLKScene;
 class FLKTimeline;
 class FLKReadonlyFile;
+class FLKFolderLease;
 
 inline constexpr const char* kFLKDocumentErrorDomain = "FLKDocumentErrorDomain";
 
 // An open document: a private working folder holding the unpacked package
 // (document.json, metadata.json, scenes/, timelines/, media/, preview/).
 // Saving writes the model into the folder and zips it to the destination;
-// the object owns the folder and removes it when destroyed.
+// the object owns the folder and removes it when destroyed. Folders of
+// processes that ended without that (a crash, a kill) are removed when this
+// process makes its first working folder.
 //
 // Documents are saved and opened one at a time, on one thread.
 class FLKFile : public FLKSerializationFile, public std::enable_shared_from_this<FLKFile> {
@@ -136,6 +139,8 @@ private:
 
     bool ownsWorkingFolder_ = true;
     mutable std::optional<std::filesystem::path> url_;
+    // Tells other processes that the working folder is in use.
+    mutable std::unique_ptr<FLKFolderLease> lease_;
     mutable std::shared_ptr<FLKTemporaryStore> temporaryStore_;
     std::shared_ptr<FLKDocument> document_;
     std::shared_ptr<FLKMetadata> metadata_;

@@ -39,10 +39,10 @@ std::string sceneWithPicture(const std::string& storedPath) {
 // Opening `archive` fails with an error naming it, never our working folder,
 // and leaves no working folder and no file outside one.
 void expectRejected(const fs::path& archive, const std::string& reasonPart = {}) {
-    const auto before = folderContents(workingFolders());
-    const auto outside = folderContents(archive.parent_path());
     auto current = FLKFile::temporaryFile();
     FLKFile::setCurrentFile(current);
+    const auto before = folderContents(workingFolders());
+    const auto outside = folderContents(archive.parent_path());
 
     auto readonly = FLKFile::fileWithURL(archive);
     ASSERT_NE(readonly, nullptr);
