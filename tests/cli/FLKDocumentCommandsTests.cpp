@@ -131,10 +131,17 @@ TEST_F(FLKDocumentCommandsTest, BadInputIsNamedAndLeavesNothingBehind) {
     EXPECT_NE(notDocument.standardError.find("notes.txt"), std::string::npos);
 }
 
-TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
+TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocumentWithItsSoundtrack) {
     auto a = recording("a.mp4", 30);
+    auto tone = folder / "tone.m4a";
+    ASSERT_TRUE(FLKSyntheticVideo::writeTone(tone.string(), 1.0));
     auto document = folder / "promo.flickwell";
-    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    auto made = run("new --template 'Full Screen' --video " + quoted(a) + " --audio " + quoted(tone) + " --out " +
+                    quoted(document));
+    ASSERT_EQ(made.exitCode, 0) << made.standardError;
+    auto info = FLKJSON::parse(run("info --json " + quoted(document)).standardOutput);
+    ASSERT_TRUE(info.contains("audio"));
+    EXPECT_EQ(std::count(info["media"].begin(), info["media"].end(), info["audio"]), 1) << info.dump();
 
     auto mp4 = folder / "promo.mp4";
     auto exported = run("export " + quoted(document) + " --size 144x256 --out " + quoted(mp4));
