@@ -160,6 +160,36 @@ TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocumentWithItsSoundtrack) {
     EXPECT_NEAR(animation.duration(), 1.0, 0.15);
 }
 
+// Nothing is opened or written: the refusal comes first.
+TEST_F(FLKDocumentCommandsTest, AnOutputThatIsOneOfTheInputsIsRefused) {
+    auto a = recording("a.mp4", 6);
+    auto document = folder / "promo.flickwell";
+    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    const auto recordingBytes = fs::file_size(a), documentBytes = fs::file_size(document);
+    fs::create_hard_link(a, folder / "same.mp4");
+    fs::create_symlink(document, folder / "document.mp4");
+    fs::create_symlink(a, folder / "tone.m4a");
+
+    struct Case {
+        std::string arguments, named;
+    } cases[] = {
+        {"'Full Screen' --video " + quoted(a) + " --out " + quoted(a), "--video"},
+        {"'Full Screen' --video " + quoted(a) + " --out " + quoted(folder / "." / "same.mp4"), "--video"},
+        {quoted(document) + " --out " + quoted(folder / "document.mp4"), "the document"},
+        {quoted(document) + " --audio " + quoted(folder / "tone.m4a") + " --out " + quoted(a), "--audio"},
+    };
+    for (const auto& c : cases) {
+        auto refused = run("export " + c.arguments + " --size 64x64 --quiet");
+        EXPECT_EQ(refused.exitCode, 1) << c.arguments;
+        EXPECT_NE(refused.standardError.find("given as " + c.named), std::string::npos) << refused.standardError;
+    }
+    auto frame = run("frame " + quoted(document) + " --video " + quoted(a) + " --out " + quoted(folder / "same.mp4"));
+    EXPECT_EQ(frame.exitCode, 1);
+    EXPECT_NE(frame.standardError.find("given as --video"), std::string::npos) << frame.standardError;
+    EXPECT_EQ(fs::file_size(a), recordingBytes);
+    EXPECT_EQ(fs::file_size(document), documentBytes);
+}
+
 // A working folder whose process is gone is cleared by the next program that
 // opens a document; one in use by a running process is left alone.
 TEST_F(FLKDocumentCommandsTest, WorkingFoldersOfEndedProcessesAreClearedAtStart) {
