@@ -3,7 +3,20 @@
 #include <cmath>
 #include <cstdio>
 
+#include "core/model/FLKPackagePaths.h"
+
 namespace flk::cli {
+
+namespace {
+bool liesInsideFolder(const std::filesystem::path& path, const std::filesystem::path& folder) {
+    std::error_code ec;
+    if (!std::filesystem::is_directory(folder, ec)) return false;
+    const auto resolvedFolder = std::filesystem::weakly_canonical(folder, ec);
+    if (ec) return false;
+    const auto resolvedPath = std::filesystem::weakly_canonical(path, ec);
+    return !ec && flk::isLexicallyInside(resolvedPath, resolvedFolder);
+}
+}  // namespace
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "flickwell-cli: %s\n", message.c_str());
@@ -32,6 +45,19 @@ std::optional<FLKRect> parseFrame(const std::string& text) {
 
 std::string sizeString(FLKSize size) {
     return std::to_string(std::lround(size.width)) + "x" + std::to_string(std::lround(size.height));
+}
+
+std::optional<std::string> outputReplacingInput(const std::filesystem::path& output, const std::vector<Input>& inputs) {
+    for (const auto& input : inputs) {
+        std::error_code ec;
+        // equivalent() sees through links and other spellings of one file.
+        const bool same = std::filesystem::equivalent(output, input.url, ec);
+        if (same || liesInsideFolder(output, input.url)) {
+            return "--out " + output.string() + (same ? " is " : " lies inside ") + input.url.string() + ", given as " +
+                   input.option + "; writing it would destroy that input. Choose another --out.";
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace flk::cli

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/platform/FLKRect.h"
 #include "core/platform/FLKSize.h"
@@ -21,5 +23,14 @@ std::optional<FLKRect> parseFrame(const std::string& text);
 
 // "1080×1920"
 std::string sizeString(FLKSize size);
+
+// A file or folder a command reads, as messages name it: {"--video", path}.
+struct Input {
+    std::string option;
+    std::filesystem::path url;
+};
+// Why writing `output` would destroy one of the inputs (the same file under
+// any name, or a file inside an input folder), or nothing.
+std::optional<std::string> outputReplacingInput(const std::filesystem::path& output, const std::vector<Input>& inputs);
 
 }  // namespace flk::cli

@@ -131,6 +131,11 @@ int ExportCommand::run() const {
     auto request = request_;
     request.replaceClips = true;
     if (!audio_.empty()) request.audio = fs::path(audio_);
+    auto inputs = TimelineAssembly::inputs(request);
+    inputs.push_back({"the document", source_});
+    for (const auto& job : jobs) {
+        if (auto problem = flk::cli::outputReplacingInput(job.destination, inputs)) return flk::cli::fail(*problem);
+    }
     if (!TimelineAssembly::validate(request, &error)) return flk::cli::fail(error.fullMessage());
 
     auto mainQueue = std::make_shared<FLKRunLoopMainQueue>();

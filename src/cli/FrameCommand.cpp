@@ -169,6 +169,9 @@ int FrameCommand::run() const {
     if (!videoURL_.empty()) {
         if (auto problem = problemWithVideo(videoURL_, time_)) return fail(*problem);
     }
+    std::vector<flk::cli::Input> inputs{{"the scene", sceneURL_}};
+    if (!videoURL_.empty()) inputs.push_back({"--video", videoURL_});
+    if (auto problem = flk::cli::outputReplacingInput(outputURL_, inputs)) return fail(*problem);
     FLKError error;
     const Source source = loadSource(&error);
     if (!source.scene) return fail(error.fullMessage());

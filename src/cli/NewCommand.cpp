@@ -31,6 +31,9 @@ int NewCommand::run() const {
     }
     auto request = request_;
     if (!audio_.empty()) request.audio = std::filesystem::path(audio_);
+    auto inputs = TimelineAssembly::inputs(request);
+    inputs.push_back({"--template", template_});
+    if (auto problem = flk::cli::outputReplacingInput(outputURL_, inputs)) return flk::cli::fail(*problem);
     FLKError error;
     // Checked before the template is opened, so a typo costs nothing.
     if (!TimelineAssembly::validate(request, &error)) return flk::cli::fail(error.fullMessage());

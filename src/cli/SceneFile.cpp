@@ -21,24 +21,6 @@ private:
 FLKError fileError(long code, const std::filesystem::path& url, const std::string& problem) {
     return FLKError::make(kDomain, code, "Could not read the scene " + url.string() + ": " + problem);
 }
-
-// The className of every dictionary in the tree that no registered class answers to.
-std::string unknownClassName(const FLKJSON& json) {
-    if (json.is_object()) {
-        auto name = json.find("className");
-        if (name != json.end() && name->is_string() && !FLKClassRegistry::isRegistered(name->get<std::string>())) {
-            return name->get<std::string>();
-        }
-        for (const auto& [key, value] : json.items()) {
-            if (auto inner = unknownClassName(value); !inner.empty()) return inner;
-        }
-    } else if (json.is_array()) {
-        for (const auto& value : json) {
-            if (auto inner = unknownClassName(value); !inner.empty()) return inner;
-        }
-    }
-    return {};
-}
 }  // namespace
 
 std::shared_ptr<FLKScene> SceneFile::load(const std::filesystem::path& url, FLKError* error) {
@@ -53,8 +35,8 @@ std::shared_ptr<FLKScene> SceneFile::load(const std::filesystem::path& url, FLKE
         flk::setError(error, fileError(2, url, "it is not valid JSON (" + readError.fullMessage() + ")."));
         return nullptr;
     }
-    if (auto unknown = unknownClassName(*json); !unknown.empty()) {
-        flk::setError(error, fileError(3, url, "unknown class \"" + unknown + "\"."));
+    if (auto unknown = flk::unknownClassName(*json)) {
+        flk::setError(error, fileError(3, url, "unknown class \"" + *unknown + "\"."));
         return nullptr;
     }
     auto folder = std::filesystem::absolute(url, code).parent_path();

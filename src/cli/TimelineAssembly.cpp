@@ -82,6 +82,13 @@ bool TimelineAssembly::validate(const Request& request, FLKError* error) {
     return true;
 }
 
+std::vector<flk::cli::Input> TimelineAssembly::inputs(const Request& request) {
+    std::vector<flk::cli::Input> inputs;
+    for (const auto& video : request.videos) inputs.push_back({"--video", video});
+    if (request.audio) inputs.push_back({"--audio", *request.audio});
+    return inputs;
+}
+
 bool TimelineAssembly::apply(FLKFile& file, const Request& request, FLKError* error) {
     if (!validate(request, error)) return false;
     auto document = file.document();

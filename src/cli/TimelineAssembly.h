@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/CommandSupport.h"
 #include "core/platform/FLKError.h"
 
 class FLKFile;
@@ -32,4 +33,6 @@ public:
     // Checks a request before anything is copied: files readable, the right
     // kinds, transitions known and shorter than the clips they join.
     static bool validate(const Request& request, FLKError* error);
+    // The files the request reads, for the check that no output replaces one.
+    static std::vector<flk::cli::Input> inputs(const Request& request);
 };

@@ -10,6 +10,7 @@
 #include "cli/TemplatesCommand.h"
 #include "core/media/FLKMediaSupport.h"
 #include "core/model/FLKCoreServices.h"
+#include "core/model/FLKSceneLoader.h"
 #include "core/platform/FLKLog.h"
 
 int main(int argc, char** argv) {
@@ -18,6 +19,12 @@ int main(int argc, char** argv) {
     // threshold after the first free and keep them in arenas it cannot shrink.
     mallopt(M_MMAP_THRESHOLD, 1 << 20);
     flk::installCoreServices();
+    // The current document is process-wide and would outlive the command:
+    // closing it when the command ends, however it ends, removes its working
+    // folder and stops its sound.
+    struct DocumentCloser {
+        ~DocumentCloser() { FLKSceneLoader::defaultSceneLoader().closeDocument(); }
+    } documentCloser;
     CLI::App app{"Flickwell without a window: make app videos from templates and recordings"};
     app.require_subcommand(1);
     bool verbose = false;

@@ -10,7 +10,9 @@
 #include "core/media/FLKAssetImageGenerator.h"
 #include "core/media/FLKImageIO.h"
 #include "core/media/FLKSyntheticVideo.h"
+#include "core/platform/FLKFolderLease.h"
 #include "core/platform/FLKJSON.h"
+#include "core/platform/FLKPaths.h"
 #include "support/FLKProgramRun.h"
 
 namespace {
@@ -51,6 +53,7 @@ protected:
         EXPECT_TRUE(FLKSyntheticVideo::writeVideo(path.string(), options));
         return path;
     }
+    void TearDown() override { EXPECT_TRUE(flk::testing::workingFoldersLeft().empty()); }
     ProgramRun run(const std::string& arguments) { return flk::testing::runProgram(FLK_CLI_PATH, arguments); }
     fs::path folder;
 };
@@ -128,10 +131,17 @@ TEST_F(FLKDocumentCommandsTest, BadInputIsNamedAndLeavesNothingBehind) {
     EXPECT_NE(notDocument.standardError.find("notes.txt"), std::string::npos);
 }
 
-TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
+TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocumentWithItsSoundtrack) {
     auto a = recording("a.mp4", 30);
+    auto tone = folder / "tone.m4a";
+    ASSERT_TRUE(FLKSyntheticVideo::writeTone(tone.string(), 1.0));
     auto document = folder / "promo.flickwell";
-    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    auto made = run("new --template 'Full Screen' --video " + quoted(a) + " --audio " + quoted(tone) + " --out " +
+                    quoted(document));
+    ASSERT_EQ(made.exitCode, 0) << made.standardError;
+    auto info = FLKJSON::parse(run("info --json " + quoted(document)).standardOutput);
+    ASSERT_TRUE(info.contains("audio"));
+    EXPECT_EQ(std::count(info["media"].begin(), info["media"].end(), info["audio"]), 1) << info.dump();
 
     auto mp4 = folder / "promo.mp4";
     auto exported = run("export " + quoted(document) + " --size 144x256 --out " + quoted(mp4));
@@ -148,6 +158,55 @@ TEST_F(FLKDocumentCommandsTest, ExportsMP4AndGIFOfADocument) {
     FLKAsset animation(gif.string());
     ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
     EXPECT_NEAR(animation.duration(), 1.0, 0.15);
+}
+
+// Nothing is opened or written: the refusal comes first.
+TEST_F(FLKDocumentCommandsTest, AnOutputThatIsOneOfTheInputsIsRefused) {
+    auto a = recording("a.mp4", 6);
+    auto document = folder / "promo.flickwell";
+    ASSERT_EQ(run("new --template 'Full Screen' --video " + quoted(a) + " --out " + quoted(document)).exitCode, 0);
+    const auto recordingBytes = fs::file_size(a), documentBytes = fs::file_size(document);
+    fs::create_hard_link(a, folder / "same.mp4");
+    fs::create_symlink(document, folder / "document.mp4");
+    fs::create_symlink(a, folder / "tone.m4a");
+
+    struct Case {
+        std::string arguments, named;
+    } cases[] = {
+        {"'Full Screen' --video " + quoted(a) + " --out " + quoted(a), "--video"},
+        {"'Full Screen' --video " + quoted(a) + " --out " + quoted(folder / "." / "same.mp4"), "--video"},
+        {quoted(document) + " --out " + quoted(folder / "document.mp4"), "the document"},
+        {quoted(document) + " --audio " + quoted(folder / "tone.m4a") + " --out " + quoted(a), "--audio"},
+    };
+    for (const auto& c : cases) {
+        auto refused = run("export " + c.arguments + " --size 64x64 --quiet");
+        EXPECT_EQ(refused.exitCode, 1) << c.arguments;
+        EXPECT_NE(refused.standardError.find("given as " + c.named), std::string::npos) << refused.standardError;
+    }
+    auto frame = run("frame " + quoted(document) + " --video " + quoted(a) + " --out " + quoted(folder / "same.mp4"));
+    EXPECT_EQ(frame.exitCode, 1);
+    EXPECT_NE(frame.standardError.find("given as --video"), std::string::npos) << frame.standardError;
+    EXPECT_EQ(fs::file_size(a), recordingBytes);
+    EXPECT_EQ(fs::file_size(document), documentBytes);
+}
+
+// A working folder whose process is gone is cleared by the next program that
+// opens a document; one in use by a running process is left alone.
+TEST_F(FLKDocumentCommandsTest, WorkingFoldersOfEndedProcessesAreClearedAtStart) {
+    const auto store = flk::temporaryHome() / "Files";
+    const auto crashed = store / "CRASHED.tmp", running = store / "RUNNING.tmp";
+    fs::create_directories(crashed / "media");
+    std::ofstream(crashed / "media" / "copy.mp4") << "a recording";
+    std::ofstream(crashed.string() + ".lock") << "";
+    auto lease = FLKFolderLease::leaseForFolder(running);  // this test process is the running one
+    fs::create_directories(running / "media");
+
+    auto info = run("info 'Full Screen'");
+    ASSERT_EQ(info.exitCode, 0) << info.standardError;
+    EXPECT_FALSE(fs::exists(crashed));
+    EXPECT_FALSE(fs::exists(crashed.string() + ".lock"));
+    EXPECT_TRUE(fs::exists(running / "media"));
+    fs::remove_all(running);
 }
 
 TEST_F(FLKDocumentCommandsTest, StorePreviewOfADeviceFrameIsWarnedAboutAndMissingFoldersFail) {

@@ -51,6 +51,7 @@ protected:
         ASSERT_TRUE(flk::writePNG(green, folder / "media" / "green.png"));
         writeText(folder / "scene.json", kScene);
     }
+    void TearDown() override { EXPECT_TRUE(flk::testing::workingFoldersLeft().empty()); }
     fs::path folder;
 };
 

@@ -8,7 +8,9 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
+#include "core/platform/FLKPaths.h"
 #include "core/platform/FLKUniqueIdentifier.h"
 
 namespace flk::testing {
@@ -41,5 +43,17 @@ inline ProgramRun runProgram(const std::string& program, const std::string& argu
 }
 
 inline std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }
+
+// What is left in the store of documents' working folders: nothing once
+// every program that opened a document has ended.
+inline std::vector<std::string> workingFoldersLeft() {
+    std::vector<std::string> names;
+    std::error_code ec;
+    for (std::filesystem::directory_iterator it(flk::temporaryHome() / "Files", ec), end; !ec && it != end;
+         it.increment(ec)) {
+        names.push_back(it->path().filename().string());
+    }
+    return names;
+}
 
 }  // namespace flk::testing

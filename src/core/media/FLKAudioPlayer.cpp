@@ -157,6 +157,17 @@ std::unique_ptr<FLKAudioPlayer> FLKAudioPlayer::playerWithContentsOfURL(const st
 FLKAudioPlayer::FLKAudioPlayer(std::filesystem::path url, std::vector<int16_t> samples, int sampleRate)
     : url_(std::move(url)), samples_(std::move(samples)), sampleRate_(sampleRate) {}
 
+namespace {
+// SDL keeps its error message in a buffer of the calling thread that only
+// threads SDL started free when they end: a thread of ours (a queue's, a
+// renderer's) would leak it.
+std::string takeSDLError() {
+    std::string message = SDL_GetError();
+    SDL_TLSCleanup();
+    return message;
+}
+}  // namespace
+
 FLKAudioPlayer::~FLKAudioPlayer() {
     // Closing waits for a running callback to return.
     if (device_ != 0) SDL_CloseAudioDevice(device_);
@@ -167,7 +178,7 @@ void FLKAudioPlayer::openAudioOutput() {
     // Nobody here reads SDL's event queue: an interrupt must stay an interrupt.
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) {
-        outputFailure_ = std::string("No audio output: ") + SDL_GetError();
+        outputFailure_ = "No audio output: " + takeSDLError();
         flk::log("%s; \"%s\" plays silently.", outputFailure_.c_str(), url_.c_str());
         return;
     }
@@ -183,7 +194,7 @@ void FLKAudioPlayer::openAudioOutput() {
     // No allowed changes: the audio subsystem converts to whatever the device needs.
     device_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, &obtained, 0);
     if (device_ == 0) {
-        outputFailure_ = std::string("No audio output: ") + SDL_GetError();
+        outputFailure_ = "No audio output: " + takeSDLError();
         flk::log("%s; \"%s\" plays silently.", outputFailure_.c_str(), url_.c_str());
         SDL_QuitSubSystem(SDL_INIT_AUDIO);
         ownsSubsystem_ = false;

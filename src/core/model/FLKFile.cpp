@@ -14,6 +14,7 @@
 #include "core/model/FLKZipArchive.h"
 #include "core/platform/FLKAtomicFile.h"
 #include "core/platform/FLKFileExtensions.h"
+#include "core/platform/FLKFolderLease.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKPaths.h"
 #include "core/platform/FLKSerializable.h"
@@ -65,6 +66,52 @@ void collectMediaPaths(const FLKJSON& value, std::vector<std::string>& paths) {
     }
 }
 
+// One model file of a package as messages name it: "its scene".
+struct ModelPart {
+    const char* name;
+    const char* kind;
+};
+constexpr ModelPart kDocumentPart{"its document record (document.json)", "a document record"};
+constexpr ModelPart kMetadataPart{"its metadata (metadata.json)", "metadata"};
+constexpr ModelPart kScenePart{"its scene", "a scene"};
+constexpr ModelPart kTimelinePart{"its timeline", "a timeline"};
+
+[[noreturn]] void damaged(const ModelPart& part, const std::string& problem) {
+    throw std::invalid_argument(std::string(part.name) + " " + problem);
+}
+
+// What flk::serializableFromJSONAtURL does, checked step by step so that the
+// error can say what is wrong; media paths must stay in the package's media
+// folder before anything resolves them.
+template <class T>
+std::shared_ptr<T> modelObjectAtURL(const fs::path& url, const ModelPart& part, const fs::path& packageFolder) {
+    auto json = flk::dictionaryFromJSONAtURL(url);
+    if (!json) damaged(part, flk::exists(url) ? "is not valid JSON" : "is missing");
+    if (auto unknown = flk::unknownClassName(*json)) damaged(part, "names an unknown kind of object \"" + *unknown + "\"");
+    std::vector<std::string> paths;
+    collectMediaPaths(*json, paths);
+    for (const auto& path : paths) {
+        if (!flk::isConfinedMediaPath(path, packageFolder)) {
+            damaged(part, "refers to the media file \"" + path + "\", which lies outside the document's media folder");
+        }
+    }
+    std::shared_ptr<FLKSerializable> object;
+    try {
+        object = flk::objectWithDictionary(*json);
+    } catch (const FLKJSON::exception&) {
+        damaged(part, "holds values of the wrong type");
+    }
+    auto typed = std::dynamic_pointer_cast<T>(object);
+    if (!typed) damaged(part, std::string("holds something other than ") + part.kind);
+    return typed;
+}
+
+// Once a process, before its first working folder: what crashed processes left.
+void removeAbandonedWorkingFolders(const fs::path& store) {
+    static std::once_flag once;
+    std::call_once(once, [&] { FLKFolderLease::removeAbandonedFolders(store); });
+}
+
 }  // namespace
 
 // --- Creation and the shared current file ---
@@ -110,7 +157,12 @@ void FLKFile::setPreviewSource(PreviewSource source) {
 // --- Locations ---
 
 const fs::path& FLKFile::URL() const {
-    if (!url_) url_ = temporaryStore()->createUniqueFileURL();
+    if (!url_) {
+        removeAbandonedWorkingFolders(temporaryStore()->directoryURL());
+        url_ = temporaryStore()->createUniqueFileURL();
+        lease_ = FLKFolderLease::leaseForFolder(*url_);
+        if (!lease_) flk::log("No lock beside the working folder %s: a crash would leave it behind", url_->c_str());
+    }
     return *url_;
 }
 
@@ -323,13 +375,9 @@ void FLKFile::deleteTempFileAtPath(const fs::path& tempPath) {
 
 // --- Reading ---
 
-bool FLKFile::read(FLKError* error) {
+bool FLKFile::read(const fs::path& shownAs, FLKError* error) {
+    const std::string reason = "It is damaged or was not made by this application.";
     try {
-        auto sceneURL = firstFile(*temporarySceneStore());
-        auto timelineURL = firstFile(*temporaryTimelineStore());
-        checkMediaReferences(sceneURL);
-        checkMediaReferences(timelineURL);
-
         FLKFileSerializationContextScope context(shared_from_this());
         auto document = loadDocument();
         auto metadata = loadMetadata();
@@ -340,41 +388,31 @@ bool FLKFile::read(FLKError* error) {
         media_ = FLKMedia::mediaWithURL(mediaURL());
         preview_ = FLKPreview::previewWithURL(previewURL());
         return true;
-    } catch (const std::exception& e) {
-        flk::setError(error, FLKError::make(kFLKDocumentErrorDomain, kErrorReading, e.what(),
-                                            "The document is damaged or was not made by this application."));
-        return false;
+    } catch (const std::invalid_argument& e) {
+        flk::setError(error, FLKError::make(kFLKDocumentErrorDomain, kErrorReading,
+                                            shownAs.string() + ": " + e.what() + ".", reason));
+    } catch (const std::exception&) {
+        // Other failures may name our working folder, which means nothing to the user.
+        flk::setError(error, FLKError::make(kFLKDocumentErrorDomain, kErrorReading,
+                                            shownAs.string() + " could not be read.", reason));
     }
-}
-
-void FLKFile::checkMediaReferences(const std::optional<fs::path>& jsonURL) const {
-    if (!jsonURL) return;
-    auto json = flk::dictionaryFromJSONAtURL(*jsonURL);
-    if (!json) throw std::invalid_argument("Error reading file " + flk::absoluteString(*jsonURL));
-    std::vector<std::string> paths;
-    collectMediaPaths(*json, paths);
-    for (const auto& path : paths) {
-        if (!flk::isConfinedMediaPath(path, URL())) {
-            throw std::invalid_argument("Error reading file " + flk::absoluteString(*jsonURL) + ": the media path \"" +
-                                        path + "\" lies outside the document's media folder");
-        }
-    }
+    return false;
 }
 
 std::shared_ptr<FLKDocument> FLKFile::loadDocument() {
-    return flk::serializableFromJSONAtURL<FLKDocument>(documentURL());
+    return modelObjectAtURL<FLKDocument>(documentURL(), kDocumentPart, URL());
 }
 
 std::shared_ptr<FLKMetadata> FLKFile::loadMetadata() {
-    return flk::serializableFromJSONAtURL<FLKMetadata>(metadataURL());
+    return modelObjectAtURL<FLKMetadata>(metadataURL(), kMetadataPart, URL());
 }
 
 std::shared_ptr<FLKScene> FLKFile::loadCurrentScene() {
     auto url = firstFile(*temporarySceneStore());
-    return url ? flk::serializableFromJSONAtURL<FLKScene>(*url) : nullptr;
+    return url ? modelObjectAtURL<FLKScene>(*url, kScenePart, URL()) : nullptr;
 }
 
 std::shared_ptr<FLKTimeline> FLKFile::loadTimeline() {
     auto url = firstFile(*temporaryTimelineStore());
-    return url ? flk::serializableFromJSONAtURL<FLKTimeline>(*url) : FLKTimeline::masterTimeline();
+    return url ? modelObjectAtURL<FLKTimeline>(*url, kTimelinePart, URL()) : FLKTimeline::masterTimeline();
 }

@@ -18,13 +18,16 @@
 class FLKScene;
 class FLKTimeline;
 class FLKReadonlyFile;
+class FLKFolderLease;
 
 inline constexpr const char* kFLKDocumentErrorDomain = "FLKDocumentErrorDomain";
 
 // An open document: a private working folder holding the unpacked package
 // (document.json, metadata.json, scenes/, timelines/, media/, preview/).
 // Saving writes the model into the folder and zips it to the destination;
-// the object owns the folder and removes it when destroyed.
+// the object owns the folder and removes it when destroyed. Folders of
+// processes that ended without that (a crash, a kill) are removed when this
+// process makes its first working folder.
 //
 // Documents are saved and opened one at a time, on one thread.
 class FLKFile : public FLKSerializationFile, public std::enable_shared_from_this<FLKFile> {
@@ -84,9 +87,11 @@ public:
     // with the error set when the folder cannot be copied.
     virtual std::shared_ptr<FLKFile> temporaryFileCopy(FLKError* error = nullptr);
 
-    // Loads the model from the working folder. On failure ("Error reading
-    // file ...") the file keeps the model it had before.
-    bool read(FLKError* error = nullptr);
+    // Loads the model from the working folder. On failure the file keeps the
+    // model it had before, and the error names `shownAs` (the user's document
+    // or template the folder was unpacked from) and says what is wrong.
+    bool read(const std::filesystem::path& shownAs, FLKError* error = nullptr);
+    bool read(FLKError* error = nullptr) { return read(URL(), error); }
 
     // Saves to `destination`. An existing file there is replaced in one
     // rename; on failure it is left as it was and nothing else is left behind.
@@ -113,8 +118,9 @@ public:
                            FLKError* error = nullptr);
     void deleteTempFileAtPath(const std::filesystem::path& tempPath);
 
-    // The steps of reading; they throw std::invalid_argument("Error reading
-    // file ...") as the JSON readers do. read() turns that into an error.
+    // The steps of reading. They throw std::invalid_argument saying in words
+    // what is wrong ("its scene names an unknown kind of object ..."), without
+    // a location: read() adds the name the user knows the document by.
     std::shared_ptr<FLKDocument> loadDocument();
     std::shared_ptr<FLKMetadata> loadMetadata();
     std::shared_ptr<FLKScene> loadCurrentScene();
@@ -130,10 +136,11 @@ protected:
 private:
     bool writeModelFile(const FLKSerializable& object, const std::filesystem::path& url, FLKError* error);
     void removeOtherJSONFiles(const FLKTemporaryStore& store, const std::filesystem::path& keep);
-    void checkMediaReferences(const std::optional<std::filesystem::path>& jsonURL) const;
 
     bool ownsWorkingFolder_ = true;
     mutable std::optional<std::filesystem::path> url_;
+    // Tells other processes that the working folder is in use.
+    mutable std::unique_ptr<FLKFolderLease> lease_;
     mutable std::shared_ptr<FLKTemporaryStore> temporaryStore_;
     std::shared_ptr<FLKDocument> document_;
     std::shared_ptr<FLKMetadata> metadata_;

@@ -12,6 +12,6 @@ std::shared_ptr<FLKFile> FLKReadonlyFile::temporaryFileCopy(FLKError* error) {
     // Destroying `file` on any failure takes the half-unpacked folder with it.
     auto file = std::make_shared<FLKFile>();
     if (!FLKZipArchive::unzipFileAtPath(URL(), file->URL(), error)) return nullptr;
-    if (!file->read(error)) return nullptr;
+    if (!file->read(URL(), error)) return nullptr;
     return file;
 }

@@ -57,6 +57,12 @@ std::shared_ptr<FLKScene> FLKSceneLoader::loadSceneWithFile(const std::shared_pt
     return currentScene_;
 }
 
+void FLKSceneLoader::closeDocument() {
+    currentScene_.reset();
+    currentTimeline_.reset();
+    FLKFile::setCurrentFile(nullptr);
+}
+
 void FLKSceneLoader::notifyDidLoadSceneWithType(unsigned long type) {
     FLKNotificationCenter::defaultCenter().post(kFLKSceneLoaderDidLoadSceneNotification, this,
                                                 {{kFLKSceneLoaderLoadTypeUserInfoKey, static_cast<int64_t>(type)}});

@@ -35,6 +35,9 @@ public:
                                                     FLKError* error = nullptr);
     std::shared_ptr<FLKScene> loadSceneFromFileURL(const std::filesystem::path& url, FLKError* error = nullptr);
     std::shared_ptr<FLKScene> loadSceneWithFile(const std::shared_ptr<FLKFile>& file);
+    // Lets go of the current document: its scene, its timeline and the file,
+    // whose working folder goes with it once nobody else holds it.
+    void closeDocument();
 
     void notifyDidLoadSceneWithType(unsigned long type);
 

@@ -74,7 +74,7 @@ std::shared_ptr<FLKScene> FLKTemplate::scene() {
 std::shared_ptr<FLKFile> FLKTemplate::temporaryFileCopy(FLKError* error) {
     auto file = std::make_shared<FLKFile>();
     if (!flk::copyItem(URL(), file->URL(), error)) return nullptr;
-    if (!file->read(error)) return nullptr;
+    if (!file->read(URL(), error)) return nullptr;
     return file;
 }
 

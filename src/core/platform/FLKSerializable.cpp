@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <unordered_map>
+#include <vector>
 
 #include "core/platform/FLKAtomicFile.h"
 
@@ -42,6 +43,25 @@ std::shared_ptr<FLKSerializable> objectWithDictionary(const FLKJSON& dictionary)
     const auto* factory = FLKClassRegistry::factoryForName(it->get<std::string>());
     if (!factory) return nullptr;
     return (*factory)(dictionary);
+}
+
+std::optional<std::string> unknownClassName(const FLKJSON& json) {
+    // Without recursion: a hostile file may nest deeper than the stack reaches.
+    std::vector<const FLKJSON*> pending{&json};
+    while (!pending.empty()) {
+        const FLKJSON& value = *pending.back();
+        pending.pop_back();
+        if (value.is_object()) {
+            auto name = value.find("className");
+            if (name != value.end() && name->is_string() && !FLKClassRegistry::isRegistered(name->get<std::string>())) {
+                return name->get<std::string>();
+            }
+        }
+        if (value.is_structured()) {
+            for (const auto& element : value) pending.push_back(&element);
+        }
+    }
+    return std::nullopt;
 }
 
 std::string absoluteString(const std::filesystem::path& url) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,12 @@ template <class T>
 std::shared_ptr<T> objectWithDictionary(const FLKJSON& dictionary) {
     return std::dynamic_pointer_cast<T>(objectWithDictionary(dictionary));
 }
+
+// A "className" in the tree, at the top or in any object inside, that no
+// registered class answers to; nullopt when all are known. Readers
+// of untrusted files check this first: an array element of an unknown class
+// would otherwise be dropped without a word.
+std::optional<std::string> unknownClassName(const FLKJSON& json);
 
 // "file:///abs/path": how locations appear in messages.
 std::string absoluteString(const std::filesystem::path& url);

@@ -1,5 +1,7 @@
 #include "core/scene/FLKAudioTrack.h"
 
+#include "core/platform/FLKFileSerializationContext.h"
+
 FLK_REGISTER_SERIALIZABLE(FLKAudioTrack);
 
 namespace {
@@ -16,6 +18,20 @@ std::optional<std::filesystem::path> pathFromURLString(const std::string& string
     if (path.is_absolute()) return path;
     return std::nullopt;
 }
+
+// A soundtrack copied into a document's media folder is stored by where that
+// folder lay when the document was saved: a working folder that is gone once
+// the document is opened again. The copy that came with the document is the
+// one meant.
+std::optional<std::filesystem::path> copyInDocumentBeingRead(const std::filesystem::path& stored) {
+    if (!FLKFileSerializationContext::currentContext() || stored.parent_path().filename() != "media") {
+        return std::nullopt;
+    }
+    auto copy = flk::URLWithRelativeMediaPath(flk::relativeMediaPath(stored));
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(copy, ec))) return std::nullopt;
+    return copy;
+}
 }  // namespace
 
 std::shared_ptr<FLKAudioTrack> FLKAudioTrack::audioTrackWithAudioURL(const std::filesystem::path& audioURL) {
@@ -30,6 +46,14 @@ void FLKAudioTrack::initWithDictionary(const FLKJSON& dictionary) {
     FLKObject::initWithDictionary(dictionary);
     auto url = dictionary.find("audioURL");
     if (url != dictionary.end() && url->is_string()) audioURL_ = pathFromURLString(url->get<std::string>());
+    if (audioURL_) {
+        if (auto copy = copyInDocumentBeingRead(*audioURL_)) audioURL_ = copy;
+    }
+}
+
+std::vector<std::filesystem::path> FLKAudioTrack::resourceURLs() const {
+    if (!audioURL_) return {};
+    return {*audioURL_};
 }
 
 FLKJSON FLKAudioTrack::serialized() const {

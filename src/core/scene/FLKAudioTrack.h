@@ -8,7 +8,9 @@
 #include "core/scene/FLKObject.h"
 
 // A scene's sound: an audio file attached to the scene as a node. Unlike
-// pictures and videos, the file is stored by its absolute location.
+// pictures and videos, the file is stored by its absolute location; one that
+// lay in a document's media folder is found again in the media of the
+// document being read.
 class FLKAudioTrack : public FLKObject {
 public:
     FLKAudioTrack() = default;
@@ -20,6 +22,8 @@ public:
     std::string className() const override { return "FLKAudioTrack"; }
 
     const std::optional<std::filesystem::path>& audioURL() const { return audioURL_; }
+    // The audio file, so that saving keeps its copy in the document's media.
+    std::vector<std::filesystem::path> resourceURLs() const override;
 
     // Without a player these do nothing and the getters answer 0.
     void play();

@@ -36,20 +36,20 @@ std::string sceneWithPicture(const std::string& storedPath) {
     return json.dump();
 }
 
-// Opening `archive` fails with an error naming it, and leaves no working
-// folder and no file outside one.
+// Opening `archive` fails with an error naming it, never our working folder,
+// and leaves no working folder and no file outside one.
 void expectRejected(const fs::path& archive, const std::string& reasonPart = {}) {
-    const auto before = folderContents(workingFolders());
-    const auto outside = folderContents(archive.parent_path());
     auto current = FLKFile::temporaryFile();
     FLKFile::setCurrentFile(current);
+    const auto before = folderContents(workingFolders());
+    const auto outside = folderContents(archive.parent_path());
 
     auto readonly = FLKFile::fileWithURL(archive);
     ASSERT_NE(readonly, nullptr);
     FLKError error;
     EXPECT_EQ(readonly->temporaryFileCopy(&error), nullptr);
-    EXPECT_NE(error.localizedDescription.find("Error reading file file://"), std::string::npos)
-        << error.localizedDescription;
+    EXPECT_NE(error.localizedDescription.find(archive.string()), std::string::npos) << error.localizedDescription;
+    EXPECT_EQ(error.fullMessage().find(workingFolders().string()), std::string::npos) << error.fullMessage();
     EXPECT_NE(error.fullMessage().find(reasonPart), std::string::npos) << error.fullMessage();
     EXPECT_EQ(folderContents(workingFolders()), before);
     EXPECT_EQ(folderContents(archive.parent_path()), outside);
@@ -100,7 +100,7 @@ TEST(FLKDocumentSafety, MediaPathsOutsideTheMediaFolderAreRefused) {
     for (std::string stored : {"media/../../x", "../media/a.png", "/etc/passwd", "scenes/S.json"}) {
         auto archive = folder / "Escaping.flickwell";
         writeArchive(archive, validPackage(sceneWithPicture(stored)));
-        expectRejected(archive, "\"" + stored + "\" lies outside");
+        expectRejected(archive, "its scene refers to the media file \"" + stored + "\", which lies outside");
         fs::remove(archive);
     }
     // The same package with a confined path opens.
@@ -116,19 +116,28 @@ TEST(FLKDocumentSafety, UnreadableModelFilesGiveAClearError) {
     auto folder = freshFolder();
     auto unknown = folder / "Unknown.flickwell";
     writeArchive(unknown, validPackage(R"({"className":"FLKNoSuchNode"})"));
-    expectRejected(unknown, "/scenes/S.json");
+    expectRejected(unknown, "Unknown.flickwell: its scene names an unknown kind of object \"FLKNoSuchNode\".");
+    // Deep inside, where it used to be dropped without a word.
+    auto nested = FLKJSON::parse(sceneWithPicture("media/a.png"));
+    nested["children"][0]["className"] = "FLKNoSuchSprite";
+    writeArchive(unknown, validPackage(nested.dump()));
+    expectRejected(unknown, "its scene names an unknown kind of object \"FLKNoSuchSprite\"");
+    auto timeline = validPackage(sceneWithPicture("media/a.png"));
+    timeline[3].data = R"({"className":"FLKScene"})";
+    writeArchive(unknown, timeline);
+    expectRejected(unknown, "its timeline holds something other than a timeline");
 
     auto notJSON = folder / "NotJSON.flickwell";
     auto entries = validPackage(sceneWithPicture("media/a.png"));
     entries[1].data = "{\"className\": ";
     writeArchive(notJSON, entries);
-    expectRejected(notJSON, "metadata.json");
+    expectRejected(notJSON, "its metadata (metadata.json) is not valid JSON");
 
     auto missing = folder / "Missing.flickwell";
     entries = validPackage(sceneWithPicture("media/a.png"));
     entries.erase(entries.begin());
     writeArchive(missing, entries);
-    expectRejected(missing, "document.json");
+    expectRejected(missing, "its document record (document.json) is missing");
 }
 
 TEST(FLKDocumentSafety, DamagedAndOversizedArchivesAreRefused) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <regex>
 
 #include "core/model/FLKDocument.h"
@@ -8,8 +9,10 @@
 #include "core/model/FLKMetadata.h"
 #include "core/model/FLKReadonlyFile.h"
 #include "core/platform/FLKPaths.h"
+#include "core/scene/FLKAudioTrack.h"
 #include "core/scene/FLKScene.h"
 #include "core/scene/FLKTexturedSprite.h"
+#include "core/scene/FLKVideoContainer.h"
 #include "core/timeline/FLKTimeline.h"
 #include "core/model/FLKDocumentTestSupport.h"
 
@@ -196,6 +199,39 @@ TEST(FLKDocumentFile, OpeningReadsTheModelIntoItsOwnWorkingFolder) {
     EXPECT_FALSE(fs::exists(ownFolder));
 }
 
+// A soundtrack is stored by its absolute location; for one copied into the
+// media that names the working folder of the session that saved it.
+TEST(FLKDocumentFile, ASoundtrackInTheMediaIsSavedAndFoundAgainWhenOpened) {
+    auto folder = freshFolder();
+    auto file = FLKFile::temporaryFile();
+    writeText(folder / "tone.m4a", "sound");
+    writeText(folder / "song.m4a", "the user's own");
+    const auto copied = *file->media()->addFile(folder / "tone.m4a");
+    auto scene = std::make_shared<FLKScene>();
+    auto screen = std::make_shared<FLKVideoContainer>();
+    scene->addChild(screen);
+    screen->setAudio(FLKAudioTrack::audioTrackWithAudioURL(copied));
+    auto outside = std::make_shared<FLKVideoContainer>();
+    scene->addChild(outside);
+    outside->setAudio(FLKAudioTrack::audioTrackWithAudioURL(folder / "song.m4a"));
+    auto destination = folder / "Sound.flickwell";
+    ASSERT_TRUE(file->writeScene(scene, FLKTimeline::timelineWithTimer({}), destination));
+    EXPECT_EQ(archiveEntries(destination).count("media/" + copied.filename().string()), 1u);
+    file.reset();  // as in a later session: the folder that saved it is gone
+
+    FLKError error;
+    auto opened = FLKFile::fileWithURL(destination)->temporaryFileCopy(&error);
+    ASSERT_NE(opened, nullptr) << error.fullMessage();
+    std::vector<fs::path> sounds;
+    for (const auto& track : opened->document()->currentScene()->childrenWithClass<FLKAudioTrack>()) {
+        ASSERT_TRUE(track->audioURL());
+        sounds.push_back(*track->audioURL());
+    }
+    std::sort(sounds.begin(), sounds.end());
+    EXPECT_EQ(sounds, (std::vector<fs::path>{folder / "song.m4a", opened->mediaURL() / copied.filename()}));
+    EXPECT_EQ(readText(opened->mediaURL() / copied.filename()), "sound");
+}
+
 TEST(FLKDocumentFile, ACopyOfADocumentSharesItsMediaButNotItsFolder) {
     auto folder = freshFolder();
     Fixture f(folder);
@@ -263,7 +299,8 @@ TEST(FLKDocumentFile, APreviewSourceDrawsThePreviewAndAFailedReadKeepsTheModel) 
     writeText(f.file->metadataURL(), "{");
     FLKError error;
     EXPECT_FALSE(f.file->read(&error));
-    EXPECT_NE(error.localizedDescription.find("Error reading file"), std::string::npos);
+    EXPECT_NE(error.localizedDescription.find("its metadata (metadata.json) is not valid JSON"), std::string::npos)
+        << error.localizedDescription;
     EXPECT_EQ(f.file->document(), document);
     EXPECT_TRUE(FLKFileSerializationContext::contextStack().empty());
 }
