@@ -19,12 +19,15 @@ int main(int argc, char** argv) {
     // threshold after the first free and keep them in arenas it cannot shrink.
     mallopt(M_MMAP_THRESHOLD, 1 << 20);
     flk::installCoreServices();
-    // The current document is process-wide and would outlive the command:
-    // closing it when the command ends, however it ends, removes its working
-    // folder and stops its sound.
-    struct DocumentCloser {
-        ~DocumentCloser() { FLKSceneLoader::defaultSceneLoader().closeDocument(); }
-    } documentCloser;
+    // However the command ends: the current document is process-wide and
+    // would outlive it, so closing it removes its working folder and stops
+    // its sound; then no thread of ours may outlive main().
+    struct Shutdown {
+        ~Shutdown() {
+            FLKSceneLoader::defaultSceneLoader().closeDocument();
+            flk::shutdownCoreServices();
+        }
+    } shutdown;
     CLI::App app{"Flickwell without a window: make app videos from templates and recordings"};
     app.require_subcommand(1);
     bool verbose = false;
@@ -46,6 +49,5 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& e) {
         exitCode = app.exit(e);
     }
-    flk::shutdownCoreServices();
     return exitCode;
 }
