@@ -308,3 +308,29 @@ TEST_F(FLKDocumentCommandsTest, OddSizesAreWrittenEvenAndFastGIFsKeepTheirLength
     ASSERT_TRUE(animation.hasVideo()) << animation.failureReason();
     EXPECT_NEAR(animation.duration(), 1.0, 0.02);
 }
+
+// Scripts export in loops and take any exit status but 0 for a failure.
+// These short exports once aborted now and then at exit, with threads still
+// tearing down textures while static objects were destroyed.
+TEST_F(FLKDocumentCommandsTest, ShortExportsInALoopAlwaysExitCleanly) {
+    const fs::path oneFrame = recording("one.mp4", 1);
+    FLKSyntheticVideo::Options options;
+    options.width = 180;
+    options.height = 320;
+    options.fps = 24;
+    options.frameCount = 12;
+    const fs::path film = folder / "film.mp4";
+    ASSERT_TRUE(FLKSyntheticVideo::writeVideo(film.string(), options));
+
+    const std::vector<std::string> exports = {
+        "--video " + quoted(oneFrame) + " --out " + quoted(folder / "one.mp4.out.mp4"),
+        "--video " + quoted(film) + " --out " + quoted(folder / "film.out.mp4"),
+        "--video " + quoted(film) + " --gif-fps 50 --out " + quoted(folder / "film.out.gif"),
+    };
+    for (int round = 0; round < 4; ++round) {
+        for (const auto& arguments : exports) {
+            auto exported = run("export \"Full Screen\" --size 90x160 --quiet " + arguments);
+            ASSERT_EQ(exported.exitCode, 0) << "round " << round << ": " << arguments << "\n" << exported.standardError;
+        }
+    }
+}
