@@ -81,8 +81,18 @@ std::optional<uint32_t> FLKSyntheticVideo::numberInLuma(const uint8_t* luma, int
     return number;
 }
 
+std::vector<double> FLKSyntheticVideo::frameTimesOf(const Options& options) {
+    if (!options.frameTimes.empty()) return options.frameTimes;
+    std::vector<double> times;
+    for (int n = 0; n < options.frameCount; ++n) times.push_back(static_cast<double>(n) / options.fps);
+    return times;
+}
+
 bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& options, FLKError* error) {
     namespace fs = std::filesystem;
+    // Given times are kept to a 90 kHz clock: fine enough for every usual
+    // frame rate and for times in milliseconds.
+    const int ticksPerSecond = options.frameTimes.empty() ? options.fps : 90000;
     std::string videoPath = options.withTone ? flk::siblingTemporaryURL(path).string() : path;
     FLKVideoEncoder::Options encoderOptions;
     encoderOptions.width = options.width;
@@ -91,16 +101,21 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     encoderOptions.preset = options.preset;
     encoderOptions.pixelFormat = options.pixelFormat;
     encoderOptions.rotationDegrees = options.rotationDegrees;
+    encoderOptions.timeScale = ticksPerSecond;
     FLKVideoEncoder encoder(videoPath, encoderOptions);
     if (!encoder.start(error)) return false;
-    for (int n = 0; n < options.frameCount; ++n)
-        if (!encoder.append(frameWithNumber(options.width, options.height, static_cast<uint32_t>(n)), error))
+    const std::vector<double> times = frameTimesOf(options);
+    for (size_t n = 0; n < times.size(); ++n) {
+        if (!encoder.append(frameWithNumber(options.width, options.height, static_cast<uint32_t>(n)),
+                            std::llround(times[n] * ticksPerSecond), error)) {
             return false;
+        }
+    }
     if (!encoder.finish(error)) return false;
     if (!options.withTone) return true;
 
     std::string tonePath = flk::siblingTemporaryURL(path).string();
-    double seconds = static_cast<double>(options.frameCount) / options.fps;
+    double seconds = (times.empty() ? 0.0 : times.back()) + 1.0 / options.fps;
     bool ok = writeTone(tonePath, seconds + 0.5, 440.0, error) && FLKAudioMuxer::muxVideo(videoPath, tonePath, path, error);
     std::error_code ignored;
     fs::remove(videoPath, ignored);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKPixelBuffer.h"
@@ -25,7 +26,14 @@ public:
         int rotationDegrees = 0;
         // Adds an AAC sine tone as long as the video.
         bool withTone = false;
+        // When given, frame n starts showing at frameTimes[n] seconds (they
+        // increase; frameCount is ignored), like a screen recorder that
+        // writes a frame only when the screen changes. The last frame lasts
+        // 1 / fps.
+        std::vector<double> frameTimes;
     };
+    // The times at which a file made with `options` shows its frames.
+    static std::vector<double> frameTimesOf(const Options& options);
 
     static bool writeVideo(const std::string& path, const Options& options, FLKError* error = nullptr);
     // An audio-only file (AAC in MP4) with a sine tone.

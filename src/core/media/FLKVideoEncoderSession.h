@@ -17,7 +17,8 @@ public:
     FLKVideoEncoderSession(const FLKVideoEncoderSession&) = delete;
     FLKVideoEncoderSession& operator=(const FLKVideoEncoderSession&) = delete;
 
-    bool encode(const FLKPixelBuffer& frame, std::string* reason);
+    // `ticks`: the frame's time in the encoder's time base.
+    bool encode(const FLKPixelBuffer& frame, int64_t ticks, std::string* reason);
     bool finish(std::string* reason);
 
 private:
@@ -32,5 +33,5 @@ private:
     flk::media::Packet packet_;
     AVStream* stream_ = nullptr;
     SwsContext* converter_ = nullptr;
-    int64_t nextPts_ = 0;
+    int64_t ticksPerFrame_ = 1;  // a frame's nominal length in the time base
 };
