@@ -106,8 +106,11 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     if (!encoder.start(error)) return false;
     const std::vector<double> times = frameTimesOf(options);
     for (size_t n = 0; n < times.size(); ++n) {
-        if (!encoder.append(frameWithNumber(options.width, options.height, static_cast<uint32_t>(n)),
-                            std::llround(times[n] * ticksPerSecond), error)) {
+        const int64_t ticks = std::llround(times[n] * ticksPerSecond);
+        const int64_t lastDuration =
+            options.endTime > times[n] ? std::llround(options.endTime * ticksPerSecond) - ticks : 0;
+        if (!encoder.append(frameWithNumber(options.width, options.height, static_cast<uint32_t>(n)), ticks,
+                            n + 1 == times.size() ? lastDuration : 0, error)) {
             return false;
         }
     }
@@ -115,7 +118,7 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     if (!options.withTone) return true;
 
     std::string tonePath = flk::siblingTemporaryURL(path).string();
-    double seconds = (times.empty() ? 0.0 : times.back()) + 1.0 / options.fps;
+    double seconds = options.endTime > 0 ? options.endTime : (times.empty() ? 0.0 : times.back()) + 1.0 / options.fps;
     bool ok = writeTone(tonePath, seconds + 0.5, 440.0, error) && FLKAudioMuxer::muxVideo(videoPath, tonePath, path, error);
     std::error_code ignored;
     fs::remove(videoPath, ignored);

@@ -28,9 +28,11 @@ public:
         bool withTone = false;
         // When given, frame n starts showing at frameTimes[n] seconds (they
         // increase; frameCount is ignored), like a screen recorder that
-        // writes a frame only when the screen changes. The last frame lasts
-        // 1 / fps.
+        // writes a frame only when the screen changes.
         std::vector<double> frameTimes;
+        // When the recording stops, for a screen still at its end; 0: one
+        // frame period (1 / fps) after the last frame.
+        double endTime = 0;
     };
     // The times at which a file made with `options` shows its frames.
     static std::vector<double> frameTimesOf(const Options& options);

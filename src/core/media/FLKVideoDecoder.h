@@ -52,6 +52,7 @@ private:
     std::optional<double> lastTime_;  // of the frame nextFrame() last gave out
     AVStream* stream_ = nullptr;
     double frameDuration_ = 1.0 / 30;
+    double streamEnd_ = 0;  // seconds; 0 when the file does not say
     double skipBefore_ = -1;  // frames ending at or before this are dropped
     bool inputEnded_ = false;
     bool decoderDrained_ = false;

@@ -41,10 +41,10 @@ int64_t FLKVideoEncoder::ticksPerFrame(const Options& options) {
 }
 
 bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
-    return append(frame, static_cast<int64_t>(framesAppended_) * ticksPerFrame(options_), error);
+    return append(frame, static_cast<int64_t>(framesAppended_) * ticksPerFrame(options_), 0, error);
 }
 
-bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, FLKError* error) {
+bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
     if (!session_ || finished_) {
         flk::setError(error, encoderError(path_, "The writer is not open."));
         return false;
@@ -56,7 +56,7 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, FLKErro
     }
     lastTicks_ = ticks;
     if (!options_.threaded) {
-        if (!encodeNow(frame, ticks, error)) return false;
+        if (!encodeNow(frame, ticks, durationTicks, error)) return false;
         ++framesAppended_;
         return true;
     }
@@ -80,15 +80,18 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, FLKErro
     copy.pixels.stride = frame.stride;
     copy.pixels.bgra.assign(frame.bgra.begin(), frame.bgra.end());
     copy.ticks = ticks;
+    copy.durationTicks = durationTicks;
     queue_.push_back(std::move(copy));
     ++framesAppended_;
     queueChanged_.notify_all();
     return true;
 }
 
-bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, FLKError* error) {
+bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
     std::string reason;
-    if (session_->encode(frame, ticks, &reason)) return true;
+    if (session_->encode(frame, ticks, durationTicks > 0 ? durationTicks : ticksPerFrame(options_), &reason)) {
+        return true;
+    }
     flk::setError(error, encoderError(path_, reason));
     return false;
 }
@@ -105,7 +108,7 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
         }
         FLKError error;
-        const bool encoded = encodeNow(frame.pixels, frame.ticks, &error);
+        const bool encoded = encodeNow(frame.pixels, frame.ticks, frame.durationTicks, &error);
         std::lock_guard lock(queueMutex_);
         if (!encoded) {
             workerError_ = error;

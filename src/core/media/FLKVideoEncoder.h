@@ -52,15 +52,14 @@ public:
     bool start(FLKError* error = nullptr);
     // Frames of another size than the options' are rejected with an error.
     bool append(const FLKPixelBuffer& frame, FLKError* error = nullptr);
-    // Shown from `ticks` of the time scale on; times must increase.
-    bool append(const FLKPixelBuffer& frame, int64_t ticks, FLKError* error = nullptr);
+    // Shown from `ticks` of the time scale on; times must increase. The
+    // duration counts for the last frame only (the others last until the
+    // next one); 0 is one frame at the nominal rate.
+    bool append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks = 0, FLKError* error = nullptr);
     // Flushes the encoder and completes the file.
     bool finish(FLKError* error = nullptr);
     // Stops and removes the partial file.
     void cancel();
-
-    // A frame's nominal length in ticks of the options' time scale.
-    static int64_t ticksPerFrame(const Options& options);
 
     // Frames handed to the encoder so far (producer's view).
     uint64_t framesAppended() const { return framesAppended_; }
@@ -71,8 +70,11 @@ private:
     struct QueuedFrame {
         FLKPixelBuffer pixels;
         int64_t ticks = 0;
+        int64_t durationTicks = 0;
     };
-    bool encodeNow(const FLKPixelBuffer& frame, int64_t ticks, FLKError* error);
+    bool encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error);
+    // A frame's nominal length in ticks of the options' time scale.
+    static int64_t ticksPerFrame(const Options& options);
     void workerLoop();
     bool stopWorker();
 

@@ -200,6 +200,11 @@ std::vector<IrregularRecording> irregularRecordings() {
         made.emplace_back("numbered-" + std::to_string(fps) + "fps.mp4", options);
     }
     made.emplace_back("still-screens.mp4", flk::test::recordingWithStillScreens());
+    // Stopped two seconds after its last frame: that frame shows to the end.
+    FLKSyntheticVideo::Options stillEnd;
+    for (int n = 0; n <= 30; ++n) stillEnd.frameTimes.push_back(n / 30.0);
+    stillEnd.endTime = 3.0;
+    made.emplace_back("still-end.mp4", stillEnd);
     std::vector<IrregularRecording> recordings;
     for (const auto& [name, options] : made) {
         auto asset = FLKAsset::assetWithPath(flk::test::syntheticVideo(name, options));
