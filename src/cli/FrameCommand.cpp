@@ -208,6 +208,7 @@ int FrameCommand::run() const {
     renderer->setRenderOutput(output);
     renderer->renderAllFrames();
     renderer->waitUntilFinished();
+    if (auto failure = renderer->failure()) return fail(failure->fullMessage());
     auto frame = output->frame();
     if (!frame) return fail("rendering " + sceneURL_.string() + " produced no frame.");
 

@@ -7,7 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "core/exporter/FLKExportTestSupport.h"
+#include "core/media/FLKAsset.h"
 #include "core/media/FLKImageIO.h"
+#include "core/media/FLKMediaTestSupport.h"
 #include "core/media/FLKSyntheticVideo.h"
 #include "support/FLKProgramRun.h"
 
@@ -197,6 +200,109 @@ TEST_F(FLKFrameCommandVideoTest, ARecordingStoredOnItsSideShowsUpright) {
         auto image = flk::readImage(out);
         ASSERT_TRUE(image);
         EXPECT_EQ(numberInPicture(*image), 31u) << degrees << " degrees";
+    }
+}
+
+// Recordings as screen recorders make them: at low rates, at high ones, and
+// with no frames while the screen stands still. `frame` at any time and every
+// frame of an export show the latest frame of the recording before their time.
+struct Recording {
+    std::string name;
+    FLKSyntheticVideo::Options options;
+    std::vector<double> probeTimes;  // none on a frame boundary
+};
+
+std::vector<Recording> recordingsAtEveryRate() {
+    std::vector<Recording> recordings;
+    for (int fps : {10, 12, 15, 24, 60}) {
+        FLKSyntheticVideo::Options options;
+        options.width = 120;
+        options.height = 160;
+        options.fps = fps;
+        options.frameCount = 3 * fps / 2;
+        recordings.push_back({std::to_string(fps) + "fps.mp4", options, {0.31, 0.87, 1.33}});
+    }
+    auto stillScreens = flk::test::recordingWithStillScreens();
+    stillScreens.width = 120;
+    stillScreens.height = 160;
+    recordings.push_back({"still-screens.mp4", stillScreens, {0.2, 1.3, 3.0, 4.25}});
+    return recordings;
+}
+
+class FLKRecordingTimingTest : public FLKFrameCommandTest {
+protected:
+    void SetUp() override {
+        FLKFrameCommandTest::SetUp();
+        writeText(folder / "screen.json", kScreenScene);
+    }
+    fs::path write(const Recording& recording) {
+        const auto path = folder / recording.name;
+        FLKError error;
+        EXPECT_TRUE(FLKSyntheticVideo::writeVideo(path.string(), recording.options, &error)) << error.fullMessage();
+        return path;
+    }
+    // The number `frame` shows at `time`, or a failure with the program's output.
+    ::testing::AssertionResult frameShows(const fs::path& video, double time, uint32_t expected) {
+        const auto out = folder / (video.stem().string() + "-" + std::to_string(time) + ".png");
+        ProgramRun result = runCLI("frame " + (folder / "screen.json").string() + " --out " + out.string() +
+                                   " --video " + video.string() + " --time " + std::to_string(time));
+        if (result.exitCode != 0) return ::testing::AssertionFailure() << "at " << time << ": " << result.output();
+        auto image = flk::readImage(out);
+        if (!image) return ::testing::AssertionFailure() << "at " << time << ": no picture";
+        auto number = numberInPicture(*image);
+        if (number != expected) {
+            return ::testing::AssertionFailure() << "at " << time << " shows "
+                                                 << (number ? std::to_string(*number) : "no number")
+                                                 << " instead of " << expected;
+        }
+        return ::testing::AssertionSuccess();
+    }
+};
+
+TEST_F(FLKRecordingTimingTest, FrameShowsTheLatestFrameBeforeTheTimeAtAnyRate) {
+    for (const auto& recording : recordingsAtEveryRate()) {
+        const auto video = write(recording);
+        const auto times = FLKSyntheticVideo::frameTimesOf(recording.options);
+        for (double t : recording.probeTimes) {
+            EXPECT_TRUE(frameShows(video, t, flk::test::frameShownAt(times, t))) << recording.name;
+        }
+    }
+}
+
+// Segments of 5 s: 0-5, 5-10, 10-15 and 15-17. Each time lies in another one.
+TEST_F(FLKRecordingTimingTest, FrameReachesEverySegmentOfALongRecording) {
+    Recording recording{"17s.mp4", {}, {}};
+    recording.options.width = 120;
+    recording.options.height = 160;
+    recording.options.fps = 10;
+    recording.options.frameCount = 170;
+    const auto video = write(recording);
+    for (double t : {2.45, 7.45, 12.45, 16.45}) {
+        EXPECT_TRUE(frameShows(video, t, static_cast<uint32_t>(t * 10)));
+    }
+}
+
+// The writer drops the renderer's first buffer: output frame k is drawn at
+// (k + 1) / 30 s. The last one is drawn where the timeline stopped, a frame
+// before its end.
+TEST_F(FLKRecordingTimingTest, EveryExportedFrameShowsTheLatestFrameBeforeItsTime) {
+    for (const auto& recording : recordingsAtEveryRate()) {
+        SCOPED_TRACE(recording.name);
+        const auto video = write(recording);
+        const auto times = FLKSyntheticVideo::frameTimesOf(recording.options);
+        const auto movie = folder / ("exported-" + recording.name);
+        ProgramRun result = runCLI("export 'Full Screen' --video " + video.string() + " --size 90x160 --out " +
+                                   movie.string() + " --quiet");
+        ASSERT_EQ(result.exitCode, 0) << result.output();
+        const auto numbers = flktest::probeMovie(movie, 1000).firstNumbers;
+        const int frames = static_cast<int>(numbers.size());
+        EXPECT_NEAR(frames, FLKAsset(video.string()).duration() * 30, 1.0);
+        for (int k = 0; k < frames; ++k) {
+            ASSERT_TRUE(numbers[k]) << "frame " << k << " shows no number";
+            const uint32_t expected = flk::test::frameShownAt(times, (k + 1) / 30.0);
+            if (k + 1 == frames && *numbers[k] == flk::test::frameShownAt(times, k / 30.0)) continue;
+            EXPECT_EQ(*numbers[k], expected) << "frame " << k;
+        }
     }
 }
 }  // namespace

@@ -27,3 +27,7 @@ void FLKExportGIFOutput::didFinishRenderingOffScreen(FLKRenderer&) {
         delegate->didFailWithError(*this, error);
     }
 }
+
+void FLKExportGIFOutput::didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) {
+    if (auto delegate = this->delegate()) delegate->didFailWithError(*this, error);
+}

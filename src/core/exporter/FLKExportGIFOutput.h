@@ -18,6 +18,8 @@ public:
 
     void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& pixelBuffer) override;
     void didFinishRenderingOffScreen(FLKRenderer&) override;
+    // The unfinished file goes with the recorder.
+    void didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) override;
 
 private:
     FLKGIFRecorder recorder_;

@@ -129,6 +129,12 @@ void FLKVideoRecorder::finish() {
     finishSession(failure);
 }
 
+void FLKVideoRecorder::didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) {
+    if (!isRecording_.load()) return;
+    encoder_->cancel();
+    finishSession(exportError(kRenderFailed, error));
+}
+
 bool FLKVideoRecorder::writeSound(FLKError* error) {
     // Without a sound of its own the video gets a silent track of its length.
     const auto audioURL = exportOptions_->audioURL();

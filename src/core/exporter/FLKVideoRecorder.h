@@ -24,7 +24,7 @@ inline constexpr const char* kFLKExportErrorDomain = "FLKExportErrorDomain";
 // appendPixelBuffer() blocks while the encoder is a few frames behind.
 class FLKVideoRecorder : public FLKExportRecorder {
 public:
-    enum ErrorCode : long { kDestinationUnusable = 1, kNoFrames = 2, kWriteFailed = 3, kMuxFailed = 4 };
+    enum ErrorCode : long { kDestinationUnusable = 1, kNoFrames = 2, kWriteFailed = 3, kMuxFailed = 4, kRenderFailed = 5 };
 
     explicit FLKVideoRecorder(std::shared_ptr<const FLKExportOptions> exportOptions);
     ~FLKVideoRecorder() override;  // an unfinished run leaves no file behind
@@ -38,6 +38,8 @@ public:
 
     void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& pixelBuffer) override { appendPixelBuffer(pixelBuffer); }
     void didFinishRenderingOffScreen(FLKRenderer&) override { finish(); }
+    // Drops the unfinished file; the delegate hears didFailWithError.
+    void didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) override;
 
     bool isRecording() const { return isRecording_.load(); }
     bool didSkipFirstFrame() const { return didSkipFirstFrame_.load(); }

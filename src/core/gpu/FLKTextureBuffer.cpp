@@ -38,6 +38,19 @@ std::shared_ptr<FLKTexture> FLKTextureBuffer::textureAtTime(double time, double 
     return nullptr;
 }
 
+FLKTextureBuffer::ShownTexture FLKTextureBuffer::textureShownAtTime(double time, double tolerance) const {
+    const size_t count = ring_.size();
+    if (count == 0) return {};
+    // Once the ring has wrapped, the oldest texture follows the current one.
+    const size_t oldest = count == size_ ? static_cast<size_t>(currentIndex_ + 1) % count : 0;
+    auto byAge = [&](size_t k) -> const std::shared_ptr<FLKTexture>& { return ring_[(oldest + k) % count]; };
+    for (size_t k = count; k-- > 0;) {
+        const auto& texture = byAge(k);
+        if (texture && texture->sampleTimeStamp() < time - tolerance) return {texture, k + 1 < count};
+    }
+    return {byAge(0), true};
+}
+
 double FLKTextureBuffer::lastTextureTime() const {
     return ring_.empty() || !ring_.back() ? 0.0 : ring_.back()->sampleTimeStamp();
 }

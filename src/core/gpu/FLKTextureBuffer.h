@@ -24,6 +24,18 @@ public:
     void removeTexturesBefore(double time);
     // First in ring order whose time stamp is within `margin` of `time`.
     std::shared_ptr<FLKTexture> textureAtTime(double time, double margin) const;
+
+    struct ShownTexture {
+        std::shared_ptr<FLKTexture> texture;
+        // A later texture is in the ring: none still to come can answer instead.
+        bool isFollowed = false;
+    };
+    // For textures added in time order: the one shown at `time`, that is the
+    // latest stamped before it, however far back. One stamped within
+    // `tolerance` of `time` shows only after it, so that at an exact frame
+    // boundary the frame before answers. The oldest answers a time before
+    // every texture.
+    ShownTexture textureShownAtTime(double time, double tolerance) const;
     double lastTextureTime() const;
     // (first, last) time stamps in ring order; (0, 0) when empty.
     std::pair<double, double> timeRange() const;

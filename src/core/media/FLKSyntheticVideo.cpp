@@ -81,8 +81,18 @@ std::optional<uint32_t> FLKSyntheticVideo::numberInLuma(const uint8_t* luma, int
     return number;
 }
 
+std::vector<double> FLKSyntheticVideo::frameTimesOf(const Options& options) {
+    if (!options.frameTimes.empty()) return options.frameTimes;
+    std::vector<double> times;
+    for (int n = 0; n < options.frameCount; ++n) times.push_back(static_cast<double>(n) / options.fps);
+    return times;
+}
+
 bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& options, FLKError* error) {
     namespace fs = std::filesystem;
+    // Given times are kept to a 90 kHz clock: fine enough for every usual
+    // frame rate and for times in milliseconds.
+    const int ticksPerSecond = options.frameTimes.empty() ? options.fps : 90000;
     std::string videoPath = options.withTone ? flk::siblingTemporaryURL(path).string() : path;
     FLKVideoEncoder::Options encoderOptions;
     encoderOptions.width = options.width;
@@ -91,27 +101,33 @@ bool FLKSyntheticVideo::writeVideo(const std::string& path, const Options& optio
     encoderOptions.preset = options.preset;
     encoderOptions.pixelFormat = options.pixelFormat;
     encoderOptions.orientation = options.orientation;
+    encoderOptions.timeScale = ticksPerSecond;
     FLKVideoEncoder encoder(videoPath, encoderOptions);
     if (!encoder.start(error)) return false;
     const bool swaps = options.orientation.swapsSides();
     const int shownWidth = swaps ? options.height : options.width;
     const int shownHeight = swaps ? options.width : options.height;
-    for (int n = 0; n < options.frameCount; ++n) {
+    const std::vector<double> times = frameTimesOf(options);
+    for (size_t n = 0; n < times.size(); ++n) {
+        const int64_t ticks = std::llround(times[n] * ticksPerSecond);
+        const int64_t lastDuration =
+            options.endTime > times[n] ? std::llround(options.endTime * ticksPerSecond) - ticks : 0;
+        const int64_t duration = n + 1 == times.size() ? lastDuration : 0;
         const FLKPixelBuffer shown = frameWithNumber(shownWidth, shownHeight, static_cast<uint32_t>(n));
         if (options.orientation.isUpright()) {
-            if (!encoder.append(shown, error)) return false;
+            if (!encoder.append(shown, ticks, duration, error)) return false;
             continue;
         }
         FLKPixelBuffer stored(options.width, options.height);
         options.orientation.inverted().turnPlane(shown.bgra.data(), shown.stride, shownWidth, shownHeight,
                                                  stored.bgra.data(), stored.stride, 4);
-        if (!encoder.append(stored, error)) return false;
+        if (!encoder.append(stored, ticks, duration, error)) return false;
     }
     if (!encoder.finish(error)) return false;
     if (!options.withTone) return true;
 
     std::string tonePath = flk::siblingTemporaryURL(path).string();
-    double seconds = static_cast<double>(options.frameCount) / options.fps;
+    double seconds = options.endTime > 0 ? options.endTime : (times.empty() ? 0.0 : times.back()) + 1.0 / options.fps;
     bool ok = writeTone(tonePath, seconds + 0.5, 440.0, error) && FLKAudioMuxer::muxVideo(videoPath, tonePath, path, error);
     std::error_code ignored;
     fs::remove(videoPath, ignored);

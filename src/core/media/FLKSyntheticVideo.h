@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
@@ -29,7 +30,16 @@ public:
         FLKVideoOrientation orientation;
         // Adds an AAC sine tone as long as the video.
         bool withTone = false;
+        // When given, frame n starts showing at frameTimes[n] seconds (they
+        // increase; frameCount is ignored), like a screen recorder that
+        // writes a frame only when the screen changes.
+        std::vector<double> frameTimes;
+        // When the recording stops, for a screen still at its end; 0: one
+        // frame period (1 / fps) after the last frame.
+        double endTime = 0;
     };
+    // The times at which a file made with `options` shows its frames.
+    static std::vector<double> frameTimesOf(const Options& options);
 
     static bool writeVideo(const std::string& path, const Options& options, FLKError* error = nullptr);
     // An audio-only file (AAC in MP4) with a sine tone.

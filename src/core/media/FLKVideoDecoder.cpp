@@ -51,6 +51,9 @@ std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, 
     }
     AVRational rate = stream->avg_frame_rate.num > 0 ? stream->avg_frame_rate : stream->r_frame_rate;
     if (rate.num > 0 && rate.den > 0) decoder->frameDuration_ = av_q2d(av_inv_q(rate));
+    if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0) {
+        decoder->streamEnd_ = flk::media::secondsOf(stream->duration, stream->time_base);
+    }
     decoder->packet_.reset(av_packet_alloc());
     decoder->decoded_.reset(av_frame_alloc());
     decoder->held_.reset(av_frame_alloc());
@@ -181,8 +184,11 @@ AVFrame* FLKVideoDecoder::nextFrameAfterSeek(double* seconds) {
         AVFrame* frame = decodeNext(&time);
         if (!frame) {
             if (failed() || !hasHeld_) return nullptr;
-            // The held frame was the last one; past its end the target shows nothing.
-            if (skipBefore_ >= 0 && heldTime_ + frameDuration_ <= skipBefore_ + kTimeEpsilon) {
+            // The held frame was the last one; past its end the target shows
+            // nothing. A screen recording that ends on a still screen shows its
+            // last frame until the stream ends.
+            const double heldEnd = std::max(heldTime_ + frameDuration_, streamEnd_);
+            if (skipBefore_ >= 0 && heldEnd <= skipBefore_ + kTimeEpsilon) {
                 hasHeld_ = false;
                 return nullptr;
             }

@@ -55,6 +55,7 @@ private:
     AVStream* stream_ = nullptr;
     FLKVideoOrientation orientation_;
     double frameDuration_ = 1.0 / 30;
+    double streamEnd_ = 0;  // seconds; 0 when the file does not say
     double skipBefore_ = -1;  // frames ending at or before this are dropped
     bool inputEnded_ = false;
     bool decoderDrained_ = false;

@@ -1,5 +1,6 @@
 #include "core/media/FLKVideoEncoder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -35,13 +36,27 @@ bool FLKVideoEncoder::start(FLKError* error) {
     return true;
 }
 
+int64_t FLKVideoEncoder::ticksPerFrame(const Options& options) {
+    return options.timeScale > 0 && options.fps > 0 ? std::max(1, options.timeScale / options.fps) : 1;
+}
+
 bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
+    return append(frame, static_cast<int64_t>(framesAppended_) * ticksPerFrame(options_), 0, error);
+}
+
+bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
     if (!session_ || finished_) {
         flk::setError(error, encoderError(path_, "The writer is not open."));
         return false;
     }
+    if (ticks <= lastTicks_) {
+        flk::setError(error, encoderError(path_, "Frame times must increase (" + std::to_string(ticks) +
+                                                     " ticks after " + std::to_string(lastTicks_) + ")."));
+        return false;
+    }
+    lastTicks_ = ticks;
     if (!options_.threaded) {
-        if (!encodeNow(frame, error)) return false;
+        if (!encodeNow(frame, ticks, durationTicks, error)) return false;
         ++framesAppended_;
         return true;
     }
@@ -55,31 +70,35 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, FLKError* error) {
     }
     // Frames are copied into storage the worker handed back: a frame-sized
     // allocation a frame would churn the allocator and hold memory it cannot return.
-    FLKPixelBuffer copy;
+    QueuedFrame copy;
     if (!spares_.empty()) {
-        copy = std::move(spares_.back());
+        copy.pixels = std::move(spares_.back());
         spares_.pop_back();
     }
-    copy.width = frame.width;
-    copy.height = frame.height;
-    copy.stride = frame.stride;
-    copy.bgra.assign(frame.bgra.begin(), frame.bgra.end());
+    copy.pixels.width = frame.width;
+    copy.pixels.height = frame.height;
+    copy.pixels.stride = frame.stride;
+    copy.pixels.bgra.assign(frame.bgra.begin(), frame.bgra.end());
+    copy.ticks = ticks;
+    copy.durationTicks = durationTicks;
     queue_.push_back(std::move(copy));
     ++framesAppended_;
     queueChanged_.notify_all();
     return true;
 }
 
-bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, FLKError* error) {
+bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
     std::string reason;
-    if (session_->encode(frame, &reason)) return true;
+    if (session_->encode(frame, ticks, durationTicks > 0 ? durationTicks : ticksPerFrame(options_), &reason)) {
+        return true;
+    }
     flk::setError(error, encoderError(path_, reason));
     return false;
 }
 
 void FLKVideoEncoder::workerLoop() {
     while (true) {
-        FLKPixelBuffer frame;
+        QueuedFrame frame;
         {
             std::unique_lock lock(queueMutex_);
             queueChanged_.wait(lock, [&] { return !queue_.empty() || stopRequested_; });
@@ -89,7 +108,7 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
         }
         FLKError error;
-        const bool encoded = encodeNow(frame, &error);
+        const bool encoded = encodeNow(frame.pixels, frame.ticks, frame.durationTicks, &error);
         std::lock_guard lock(queueMutex_);
         if (!encoded) {
             workerError_ = error;
@@ -97,7 +116,7 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
             return;
         }
-        spares_.push_back(std::move(frame));
+        spares_.push_back(std::move(frame.pixels));
     }
 }
 

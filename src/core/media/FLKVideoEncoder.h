@@ -16,7 +16,8 @@
 class FLKVideoEncoderSession;
 
 // Writes BGRA frames to an H.264 MP4 (libx264, High profile, yuv420p, BT.709
-// tags, limited range). Frame n is shown at n / fps.
+// tags, limited range). Frame n is shown at n / fps, or from the time given
+// with it (a variable frame rate, as screen recorders write).
 //
 // With `threaded` set, append() copies the frame into a bounded queue and
 // returns; a worker thread converts and encodes, so rendering and encoding
@@ -39,6 +40,8 @@ public:
         size_t queueCapacity = 4;
         // Frames the rate control looks ahead; each is held in full. -1 keeps the preset's.
         int lookaheadFrames = -1;
+        // Ticks a second of the times given to append(); 0 takes fps.
+        int timeScale = 0;
     };
 
     FLKVideoEncoder(std::string path, Options options);
@@ -50,6 +53,10 @@ public:
     bool start(FLKError* error = nullptr);
     // Frames of another size than the options' are rejected with an error.
     bool append(const FLKPixelBuffer& frame, FLKError* error = nullptr);
+    // Shown from `ticks` of the time scale on; times must increase. The
+    // duration counts for the last frame only (the others last until the
+    // next one); 0 is one frame at the nominal rate.
+    bool append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks = 0, FLKError* error = nullptr);
     // Flushes the encoder and completes the file.
     bool finish(FLKError* error = nullptr);
     // Stops and removes the partial file.
@@ -61,7 +68,14 @@ public:
     const Options& options() const { return options_; }
 
 private:
-    bool encodeNow(const FLKPixelBuffer& frame, FLKError* error);
+    struct QueuedFrame {
+        FLKPixelBuffer pixels;
+        int64_t ticks = 0;
+        int64_t durationTicks = 0;
+    };
+    bool encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error);
+    // A frame's nominal length in ticks of the options' time scale.
+    static int64_t ticksPerFrame(const Options& options);
     void workerLoop();
     bool stopWorker();
 
@@ -69,13 +83,14 @@ private:
     const Options options_;
     std::unique_ptr<FLKVideoEncoderSession> session_;  // producer thread, or the worker while it runs
     uint64_t framesAppended_ = 0;                      // producer thread only
+    int64_t lastTicks_ = -1;                           // producer thread only
     bool started_ = false;                             // producer thread only
     bool finished_ = false;                            // producer thread only
 
     std::thread worker_;
     std::mutex queueMutex_;              // guards queue_, spares_, stopRequested_, workerError_
     std::condition_variable queueChanged_;
-    std::deque<FLKPixelBuffer> queue_;
+    std::deque<QueuedFrame> queue_;
     std::vector<FLKPixelBuffer> spares_;  // encoded frames' storage, to be filled again
     bool stopRequested_ = false;
     FLKError workerError_;

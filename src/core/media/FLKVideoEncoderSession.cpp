@@ -47,7 +47,8 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     context->width = options.width;
     context->height = options.height;
     context->pix_fmt = format;
-    context->time_base = AVRational{1, options.fps};
+    const int timeScale = options.timeScale > 0 ? options.timeScale : options.fps;
+    context->time_base = AVRational{1, timeScale};
     context->framerate = AVRational{options.fps, 1};
     context->color_primaries = AVCOL_PRI_BT709;
     context->color_trc = AVCOL_TRC_BT709;
@@ -87,7 +88,8 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
 
 FLKVideoEncoderSession::~FLKVideoEncoderSession() { sws_freeContext(converter_); }
 
-bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, std::string* reason) {
+bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks,
+                                    std::string* reason) {
     if (frame.width != codec_->width || frame.height != codec_->height || frame.stride < frame.width * 4 ||
         frame.bgra.size() < static_cast<size_t>(frame.stride) * frame.height) {
         *reason = "A frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
@@ -103,7 +105,8 @@ bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, std::string* re
     const uint8_t* source[1] = {frame.bgra.data()};
     const int sourceStride[1] = {frame.stride};
     sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
-    yuv_->pts = nextPts_++;
+    yuv_->pts = ticks;
+    durations_[ticks] = durationTicks;
     yuv_->color_primaries = AVCOL_PRI_BT709;
     yuv_->color_trc = AVCOL_TRC_BT709;
     yuv_->colorspace = AVCOL_SPC_BT709;
@@ -118,8 +121,12 @@ bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
         return false;
     }
     while ((status = avcodec_receive_packet(codec_.get(), packet_.get())) == 0) {
-        // Without a duration the MP4 gets a wrong frame rate and length.
-        packet_->duration = 1;
+        // Without a duration the MP4 gets a wrong frame rate and length. Only
+        // the last frame's counts: the others last until the next one.
+        if (auto found = durations_.find(packet_->pts); found != durations_.end()) {
+            packet_->duration = found->second;
+            durations_.erase(found);
+        }
         av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
         packet_->stream_index = stream_->index;
         status = av_interleaved_write_frame(output_.get(), packet_.get());

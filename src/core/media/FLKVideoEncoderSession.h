@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "core/media/FLKMediaSupport.h"
@@ -17,7 +18,9 @@ public:
     FLKVideoEncoderSession(const FLKVideoEncoderSession&) = delete;
     FLKVideoEncoderSession& operator=(const FLKVideoEncoderSession&) = delete;
 
-    bool encode(const FLKPixelBuffer& frame, std::string* reason);
+    // `ticks`: the frame's time in the encoder's time base; `durationTicks`:
+    // how long it shows if it is the last.
+    bool encode(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, std::string* reason);
     bool finish(std::string* reason);
 
 private:
@@ -32,5 +35,5 @@ private:
     flk::media::Packet packet_;
     AVStream* stream_ = nullptr;
     SwsContext* converter_ = nullptr;
-    int64_t nextPts_ = 0;
+    std::map<int64_t, int64_t> durations_;  // of the frames sent and not yet written, by time
 };

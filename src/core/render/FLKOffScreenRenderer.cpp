@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <string>
 
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKThreadReaper.h"
@@ -86,30 +87,45 @@ void FLKOffScreenRenderer::prepareForOffScreenRendering() {
     }
 }
 
-void FLKOffScreenRenderer::renderLoop() {
-    {
-        FLKContext::Scope scope(*context());
-        if (!scope.isCurrent()) {
-            flk::log("Off-screen rendering could not make its context current");
-        } else {
-            texture_ = FLKGPUTexture::renderTarget(static_cast<int>(std::lround(outputSize_.width)),
-                                                   static_cast<int>(std::lround(outputSize_.height)),
-                                                   FLKPixelFormat::BGRA8);
-            readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
-            while (!cancelled_.load() && !clock_->isFinished() && clock_->currentFrame() < numFrames_) {
-                if (clock_->tick()) {
-                    render();
-                } else {
-                    // The time source is not ready (media still loading): ask again shortly.
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                }
-            }
-            readBack_->flush([this](const FLKPixelBuffer& buffer) { deliver(buffer); });
-            readBack_->releaseBuffers();
-            texture_.reset();
+namespace {
+FLKError renderError(long code, const std::string& reason) {
+    return FLKError::make(FLKOffScreenRenderer::kErrorDomain, code, "The frames could not be rendered.", reason);
+}
+}  // namespace
+
+void FLKOffScreenRenderer::renderLoop() { finishOffScreenRendering(renderFrames()); }
+
+std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
+    FLKContext::Scope scope(*context());
+    if (!scope.isCurrent()) {
+        return renderError(kContextUnusable, "The OpenGL context could not be made current on the render thread.");
+    }
+    const int width = static_cast<int>(std::lround(outputSize_.width));
+    const int height = static_cast<int>(std::lround(outputSize_.height));
+    texture_ = FLKGPUTexture::renderTarget(width, height, FLKPixelFormat::BGRA8);
+    if (!texture_) {
+        return renderError(kNoFramebuffer, "No " + std::to_string(width) + " x " + std::to_string(height) +
+                                               " frame could be made on the GPU.");
+    }
+    std::optional<FLKError> failure;
+    readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    while (!cancelled_.load() && !clock_->isFinished() && clock_->currentFrame() < numFrames_) {
+        if (!clock_->tick()) {
+            // The time source is not ready (media still loading): ask again shortly.
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        } else if (!render()) {
+            failure = renderError(kFrameNotDrawn, "Frame " + std::to_string(clock_->currentFrame()) + " of " +
+                                                      std::to_string(numFrames_) + " could not be drawn.");
+            break;
         }
     }
-    finishOffScreenRendering();
+    // After a failure the frames still queued would only extend an incomplete run.
+    readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
+        if (!failure) deliver(buffer);
+    });
+    readBack_->releaseBuffers();
+    texture_.reset();
+    return failure;
 }
 
 void FLKOffScreenRenderer::finishRenderingOnCommandBuffer(FLKGPUTexture& texture) {
@@ -121,11 +137,27 @@ void FLKOffScreenRenderer::deliver(const FLKPixelBuffer& buffer) {
     if (auto output = renderOutput_.lock()) output->didRenderToBuffer(*this, buffer);
 }
 
-void FLKOffScreenRenderer::finishOffScreenRendering() {
-    if (auto output = renderOutput_.lock()) output->didFinishRenderingOffScreen(*this);
+void FLKOffScreenRenderer::finishOffScreenRendering(const std::optional<FLKError>& failure) {
+    if (failure) {
+        flk::log("Off-screen rendering failed: %s", failure->fullMessage().c_str());
+        std::lock_guard lock(finishedMutex_);
+        failure_ = failure;
+    }
+    if (auto output = renderOutput_.lock()) {
+        if (failure) {
+            output->didFailRenderingOffScreen(*this, *failure);
+        } else {
+            output->didFinishRenderingOffScreen(*this);
+        }
+    }
     std::lock_guard lock(finishedMutex_);
     finished_ = true;
     finishedCondition_.notify_all();
+}
+
+std::optional<FLKError> FLKOffScreenRenderer::failure() const {
+    std::lock_guard lock(finishedMutex_);
+    return failure_;
 }
 
 void FLKOffScreenRenderer::waitUntilFinished() {

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "core/platform/FLKFrameByFrameClock.h"
@@ -20,9 +21,12 @@
 // timeline; a fixed frame count without one), and a frame is drawn whenever
 // the source took the clock's time.
 //
+// A frame that cannot be drawn (no framebuffer texture, a GL error) ends the
+// run: the output is told didFailRenderingOffScreen instead.
+//
 // Threads: configure (render output, time source, read-back mode) before
 // renderAllFrames(); from then on everything runs on the render thread until
-// the output is told didFinishRenderingOffScreen.
+// the output is told didFinishRenderingOffScreen or didFailRenderingOffScreen.
 class FLKOffScreenRenderer : public FLKRenderer, public FLKRendererDataSource,
                              public std::enable_shared_from_this<FLKOffScreenRenderer> {
     struct Passkey {};
@@ -67,6 +71,11 @@ public:
     void cancel() { cancelled_.store(true); }
     // Blocks until the output was told the run finished. Not from the render thread.
     void waitUntilFinished();
+    // Why the run ended early, once it has finished.
+    std::optional<FLKError> failure() const;
+
+    static constexpr const char* kErrorDomain = "FLKOffScreenRendererErrorDomain";
+    enum ErrorCode : long { kContextUnusable = 1, kNoFramebuffer = 2, kFrameNotDrawn = 3 };
 
     // FLKRendererDataSource: its own framebuffer texture and its context's size.
     std::shared_ptr<FLKGPUTexture> textureForRenderer(FLKRenderer&) override { return texture_; }
@@ -78,7 +87,9 @@ protected:
 private:
     void prepareForOffScreenRendering();
     void renderLoop();
-    void finishOffScreenRendering();
+    // Answers why the frames could not all be drawn, or nothing.
+    std::optional<FLKError> renderFrames();
+    void finishOffScreenRendering(const std::optional<FLKError>& failure);
     void deliver(const FLKPixelBuffer& buffer);
 
     const FLKRect renderFrame_;
@@ -100,7 +111,8 @@ private:
 
     std::atomic<bool> cancelled_{false};
     std::thread renderThread_;  // started once by renderAllFrames(), joined by the destructor
-    std::mutex finishedMutex_;
+    mutable std::mutex finishedMutex_;
     std::condition_variable finishedCondition_;
-    bool finished_ = false;  // guarded by finishedMutex_
+    bool finished_ = false;            // guarded by finishedMutex_
+    std::optional<FLKError> failure_;  // guarded by finishedMutex_
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/platform/FLKError.h"
 #include "core/platform/FLKPixelBuffer.h"
 
 class FLKRenderer;
@@ -12,4 +13,9 @@ public:
     virtual ~FLKRenderOutput() = default;
     virtual void didRenderToBuffer(FLKRenderer& renderer, const FLKPixelBuffer& pixelBuffer) = 0;
     virtual void didFinishRenderingOffScreen(FLKRenderer&) {}
+    // Instead of didFinishRenderingOffScreen when a frame could not be drawn:
+    // the frames handed over are not the whole run. By default the run just ends.
+    virtual void didFailRenderingOffScreen(FLKRenderer& renderer, const FLKError&) {
+        didFinishRenderingOffScreen(renderer);
+    }
 };

@@ -69,14 +69,19 @@ bool FLKRenderer::prepareMultisampleTexture(FLKGPUTexture& framebufferTexture) {
     return multisampleTexture_ != nullptr;
 }
 
-void FLKRenderer::render() {
+bool FLKRenderer::render() {
     inflightSemaphore_.acquire();
+    // However the frame ends, its slot is given back: a slot kept would
+    // block every frame after the last free one for good.
+    struct SlotRelease {
+        std::counting_semaphore<>& semaphore;
+        ~SlotRelease() { semaphore.release(); }
+    } slotRelease{inflightSemaphore_};
     auto source = dataSource();
     auto framebufferTexture = source ? source->textureForRenderer(*this) : nullptr;
     if (!framebufferTexture) {
-        // The slot stays taken: after three such frames rendering blocks.
         flk::log("No framebuffer texture present");
-        return;
+        return false;
     }
     FLKContext::Scope scope(*context_);
     std::vector<DrawItem> items;
@@ -96,11 +101,10 @@ void FLKRenderer::render() {
     }
     if (!drawn) {
         flk::log("Could not prepare a %dx%d render target", framebufferTexture->width(), framebufferTexture->height());
-        inflightSemaphore_.release();
-        return;
+        return false;
     }
     finishRenderingOnCommandBuffer(*framebufferTexture);
-    inflightSemaphore_.release();
+    return true;
 }
 
 std::vector<FLKRenderer::DrawItem> FLKRenderer::prepareNodes(const FLKScene& scene, FLKSize drawableSize, int width,

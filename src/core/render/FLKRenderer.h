@@ -63,7 +63,9 @@ public:
     bool lastFrameUsedAnalyticCoverage() const { return lastFrameAnalytic_; }
 
     // Draws one frame and hands it on (finishRenderingOnCommandBuffer).
-    void render();
+    // False when there was nothing to draw into or the frame could not be
+    // drawn; nothing was handed on then.
+    bool render();
 
     // Render thread only. Null before the first frame.
     FLKMultisampleTarget* multisampleTexture() const { return multisampleTexture_.get(); }

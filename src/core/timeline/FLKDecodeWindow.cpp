@@ -61,8 +61,8 @@ void FLKDecodeWindow::noteLookup(double mediaTime, bool shown) {
     roomChanged_.notify_all();
 }
 
-double FLKDecodeWindow::releasableBefore(double margin) const {
+double FLKDecodeWindow::releasableBefore() const {
     std::lock_guard lock(mutex_);
     if (aheadTime_ == kUnlimited || shown_.empty()) return -std::numeric_limits<double>::infinity();
-    return *std::min_element(shown_.begin(), shown_.end()) - margin;
+    return *std::min_element(shown_.begin(), shown_.end());
 }

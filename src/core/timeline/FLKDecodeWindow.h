@@ -36,9 +36,9 @@ public:
     // Lookup side: a frame near `mediaTime` was asked for, to be shown or
     // only to know whether it is there.
     void noteLookup(double mediaTime, bool shown);
-    // Frames earlier than this are no longer asked for; -infinity when any
-    // frame might be (nothing shown yet, or no limit).
-    double releasableBefore(double margin) const;
+    // The earliest recent time shown: no later lookup goes before it;
+    // -infinity when any may (nothing shown yet, or no limit).
+    double releasableBefore() const;
 
 private:
     bool hasRoomLocked(double decodedTime) const;

@@ -102,10 +102,20 @@ std::shared_ptr<FLKVideoBufferSampleReader> FLKTimelineVideoBufferManager::reada
     const Readers* readers = readersLocked(clip);
     if (!readers) return nullptr;
     const double mediaTime = clip->clipTimeForTimelineTime(t);
+    auto isIdle = [](const auto& reader) { return reader->status() == FLKVideoSampleReader::kIdle; };
+    // The segment holding the time comes first: after a jump the segments
+    // around the time are idle too, and reading one of them instead would
+    // leave the play head's own segment unread.
+    for (const auto& reader : *readers) {
+        if (reader->readRange().containsTime(mediaTime)) {
+            if (isIdle(reader)) return reader;
+            break;
+        }
+    }
     for (const auto& reader : *readers) {
         const FLKTimeRange range = reader->readRange();
         const FLKTimeRange trigger{range.start - bufferingMarginTime_, range.end + bufferingMarginTime_};
-        if (reader->status() == FLKVideoSampleReader::kIdle && trigger.containsTime(mediaTime)) return reader;
+        if (isIdle(reader) && trigger.containsTime(mediaTime)) return reader;
     }
     return nullptr;
 }

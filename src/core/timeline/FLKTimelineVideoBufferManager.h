@@ -55,6 +55,8 @@ public:
     Readers buffersForClip(const std::shared_ptr<FLKTimelineClip>& clip) const;
     uint64_t referenceCountForAsset(const std::filesystem::path& assetURL) const;
     bool hasBuffersForAsset(const std::filesystem::path& assetURL) const;
+    // The segment to read next for time t: the one holding t when it is
+    // idle, else the first idle one whose trigger range holds t.
     std::shared_ptr<FLKVideoBufferSampleReader> readableBufferForClip(const std::shared_ptr<FLKTimelineClip>& clip,
                                                                       double t) const;
     FLKTimeRange readTriggerTimeRangeForRange(FLKTimeRange range) const;

@@ -5,13 +5,14 @@
 
 #include "core/gpu/FLKBiplanarConverterFilter.h"
 #include "core/gpu/FLKBiplanarTexture.h"
-#include "core/gpu/FLKContext.h"
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKLog.h"
 #include "core/timeline/FLKVideoClip.h"
 
 namespace {
-double framePeriod() { return 1.0 / static_cast<double>(FLKContext::fps()); }
+// Frame times are stamped in single precision: a lookup this close to a
+// frame's stamp is at that frame's start.
+constexpr double kTimeTolerance = 0.0001;
 
 // A ring that in practice never wraps: every frame of the segment stays.
 constexpr unsigned kRingSize = 0xFFFFFFFFu;
@@ -121,8 +122,11 @@ void FLKVideoBufferSampleReader::addFrame(const std::shared_ptr<FLKVideoFrame>& 
 }
 
 void FLKVideoBufferSampleReader::releaseShownFramesLocked() const {
-    // Two periods, so that every lookup still finds what it would in a full ring.
-    if (textureBuffer_) textureBuffer_->removeTexturesBefore(decodeWindow_->releasableBefore(2.0 * framePeriod()));
+    if (!textureBuffer_) return;
+    // The frame answering the earliest recent lookup stays, however far back
+    // it lies: a still screen sends no frames for a while.
+    auto kept = textureBuffer_->textureShownAtTime(decodeWindow_->releasableBefore(), kTimeTolerance).texture;
+    if (kept) textureBuffer_->removeTexturesBefore(kept->sampleTimeStamp());
 }
 
 void FLKVideoBufferSampleReader::cancelReading() {
@@ -182,7 +186,10 @@ std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureAtMediaTime
     decodeWindow_->noteLookup(mediaTime, shown);
     std::lock_guard lock(mutex_);
     if (shown) releaseShownFramesLocked();
-    return textureBuffer_ ? textureBuffer_->textureAtTime(mediaTime, framePeriod()) : nullptr;
+    if (!textureBuffer_ || !readRange_.containsTime(mediaTime)) return nullptr;
+    const auto found = textureBuffer_->textureShownAtTime(mediaTime, kTimeTolerance);
+    // While the segment is being decoded, a frame still to come may be the one shown.
+    return found.isFollowed || status_.load() == kFinished ? found.texture : nullptr;
 }
 
 std::shared_ptr<FLKTexture> FLKVideoBufferSampleReader::sampleTextureForClip(

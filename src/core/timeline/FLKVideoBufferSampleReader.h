@@ -53,8 +53,11 @@ public:
     // The decoded frame (before filtering) shown for the clip at timeline time t.
     std::shared_ptr<FLKTexture> sampleTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t,
                                                      bool shown = false) const;
-    // The decoded frame within one frame period of a media time; `shown`
-    // when it is about to be drawn rather than only looked for.
+    // The decoded frame shown at a media time of the segment: the latest one
+    // stamped before it, however far back (at an exact frame boundary the
+    // frame before answers). Null until a later frame or the segment's end
+    // has been decoded, since a frame still to come might answer instead.
+    // `shown` when it is about to be drawn rather than only looked for.
     std::shared_ptr<FLKTexture> sampleTextureAtMediaTime(double mediaTime, bool shown = false) const;
     size_t numberOfBufferedFrames() const;
 

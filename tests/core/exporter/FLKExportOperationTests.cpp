@@ -331,6 +331,26 @@ TEST_F(FLKExportQueueTest, GIFsOfOneSessionEachLastTheTimelineAtTheirOwnRate) {
     EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 3);
 }
 
+// Frames wider than the GPU's textures cannot be rendered (a GIF may be that
+// wide): the export fails with the reason, rather than its render thread
+// waiting for ever, and leaves nothing at the destination.
+TEST_F(FLKExportQueueTest, AnExportWhoseFramesCannotBeRenderedFails) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    const fs::path destination = folder / "wide.gif";
+    auto operation = FLKExportOperation::operationWithScene(*gradientScene(kFrame), timelineOfLength(1.0),
+                                                            FLKExportTypeGIF, destination, kFrame, {20000, 8}, 30);
+    queue->addOperation(operation);
+    runUntilSessionEnds(log);
+
+    ASSERT_TRUE(operation->error());
+    EXPECT_NE(operation->error()->fullMessage().find("20000 x 8"), std::string::npos)
+        << operation->error()->fullMessage();
+    EXPECT_FALSE(fs::exists(destination));
+    EXPECT_EQ(log.count(FLKExportOperationDidFinishNotification), 1);
+}
+
 // Exports a 320 x 240 scene showing the video track that `arrange` fills
 // with clips of a 30-frame numbered recording stored with `orientation`; the
 // first number of each frame.

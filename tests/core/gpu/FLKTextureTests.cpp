@@ -150,6 +150,35 @@ TEST(FLKTextureBufferTest, LookupByTimeTakesTheFirstWithinTheMargin) {
     EXPECT_EQ(ring.textureAtTime(5.0, 1.0), nullptr);
 }
 
+// A still screen sends no frames for seconds: the latest frame before a time
+// answers however far back it lies, and only once a later one proves that
+// none still to come answers instead.
+TEST(FLKTextureBufferTest, FrameShownAtATimeIsTheLatestBeforeIt) {
+    FLKTextureBuffer ring(0xFFFFFFFFu);
+    for (double time : {1.0, 1.5, 3.5}) ring.addTexture(frameAt(time));
+    auto shownAt = [&](double time) {
+        auto shown = ring.textureShownAtTime(time, 0.0001);
+        return std::pair{shown.texture->sampleTimeStamp(), shown.isFollowed};
+    };
+    EXPECT_EQ(shownAt(1.2), (std::pair{1.0, true}));
+    EXPECT_EQ(shownAt(3.0), (std::pair{1.5, true})) << "two seconds after its frame";
+    EXPECT_EQ(shownAt(1.5), (std::pair{1.0, true})) << "at its exact start a frame gives way to the one before";
+    EXPECT_EQ(shownAt(1.50001), (std::pair{1.0, true})) << "within the tolerance";
+    EXPECT_EQ(shownAt(1.5002), (std::pair{1.5, true}));
+    EXPECT_EQ(shownAt(0.5), (std::pair{1.0, true})) << "before every frame, the first";
+    EXPECT_EQ(shownAt(9.0), (std::pair{3.5, false})) << "a later frame may still come";
+    EXPECT_EQ(FLKTextureBuffer().textureShownAtTime(1.0, 0.0001).texture, nullptr);
+
+    // A ring that wrapped around keeps its frames out of array order.
+    FLKTextureBuffer wrapped(3);
+    for (int i = 1; i <= 5; ++i) wrapped.addTexture(frameAt(i * 0.25));
+    ASSERT_EQ(wrapped.ring().front()->sampleTimeStamp(), 1.0);
+    EXPECT_EQ(wrapped.textureShownAtTime(1.1, 0.0001).texture->sampleTimeStamp(), 1.0);
+    EXPECT_EQ(wrapped.textureShownAtTime(0.8, 0.0001).texture->sampleTimeStamp(), 0.75);
+    EXPECT_EQ(wrapped.textureShownAtTime(0.1, 0.0001).texture->sampleTimeStamp(), 0.75);
+    EXPECT_FALSE(wrapped.textureShownAtTime(1.3, 0.0001).isFollowed);
+}
+
 TEST_F(FLKTextureTest, ColorTextureIsPremultipliedRGBA) {
     EXPECT_EQ(&FLKTextureLoader::textureLoader(), &FLKTextureLoader::textureLoader());
     auto texture = FLKTextureLoader::textureWithColor({1.0, 0.5, 0.0, 0.5}, {3, 2});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -7,6 +8,26 @@
 #include "core/media/FLKSyntheticVideo.h"
 
 namespace flk::test {
+
+// The number of the frame shown at time t by a recording whose frames start
+// at `times`: the latest one starting before t, however far back. One
+// starting within 0.1 ms of t shows only after it: at an exact frame
+// boundary the lookups answer the frame before.
+inline uint32_t frameShownAt(const std::vector<double>& times, double t) {
+    uint32_t shown = 0;
+    for (size_t n = 0; n < times.size() && times[n] < t - 0.0001; ++n) shown = static_cast<uint32_t>(n);
+    return shown;
+}
+
+// A 30 fps screen recording that sends no frames while the screen is still:
+// 0.53 s after its frame at 1 s, and 2 s after its frame just before 2 s.
+inline FLKSyntheticVideo::Options recordingWithStillScreens() {
+    FLKSyntheticVideo::Options options;
+    for (int n = 0; n <= 30; ++n) options.frameTimes.push_back(n / 30.0);
+    for (int n = 0; n < 15; ++n) options.frameTimes.push_back(1.53 + n / 30.0);
+    for (int n = 0; n < 15; ++n) options.frameTimes.push_back(4.0 + n / 30.0);
+    return options;
+}
 
 // A file path inside this test program's own temporary home.
 std::filesystem::path mediaPath(const std::string& name);

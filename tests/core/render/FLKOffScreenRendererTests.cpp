@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <optional>
 
 #include "FLKRenderTestSupport.h"
 #include "core/render/FLKOffScreenRenderer.h"
@@ -16,9 +17,14 @@ public:
         std::lock_guard lock(mutex);
         finished = true;
     }
+    void didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) override {
+        std::lock_guard lock(mutex);
+        failure = error;
+    }
     std::mutex mutex;
     std::vector<FLKPixelBuffer> frames;  // guarded by mutex
     bool finished = false;               // guarded by mutex
+    std::optional<FLKError> failure;     // guarded by mutex
 };
 
 std::shared_ptr<FrameCollector> renderOffScreen(const FLKScene& scene, const FLKRect& frame, unsigned numFrames,
@@ -68,6 +74,29 @@ TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
     }
     EXPECT_EQ(firstFrames[0].bgra, firstFrames[1].bgra);
     EXPECT_EQ(scene->mainCamera(), editorCamera);
+}
+
+// A frame larger than the GPU's textures cannot be made: the run ends at
+// once with the reason, rather than the second frame waiting for ever for
+// the first one's slot.
+TEST(FLKOffScreenRendererTest, AFrameThatCannotBeMadeEndsTheRunWithAnError) {
+    if (!FLKContext::isGPUSupported()) GTEST_SKIP() << "no OpenGL 4.5";
+    auto scene = sceneWithCameraFrame({0, 0, 8, 8});
+    scene->addChild(gradientSprite({0, 0, 8, 8}, {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}}));
+    auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(*scene, {0, 0, 8, 8}, 30, 3, {40000, 8});
+    ASSERT_TRUE(renderer);
+    auto collector = std::make_shared<FrameCollector>();
+    renderer->setRenderOutput(collector);
+    renderer->renderAllFrames();
+    renderer->waitUntilFinished();
+    std::lock_guard lock(collector->mutex);
+    ASSERT_TRUE(collector->failure);
+    EXPECT_EQ(collector->failure->code, FLKOffScreenRenderer::kNoFramebuffer);
+    EXPECT_NE(collector->failure->fullMessage().find("40000 x 8"), std::string::npos) << collector->failure->fullMessage();
+    EXPECT_FALSE(collector->finished) << "a failed run is not reported as finished";
+    EXPECT_TRUE(collector->frames.empty());
+    ASSERT_TRUE(renderer->failure());
+    EXPECT_EQ(renderer->failure()->code, FLKOffScreenRenderer::kNoFramebuffer);
 }
 
 TEST(FLKOffScreenRendererTest, ZeroFramesFinishWithoutOutput) {

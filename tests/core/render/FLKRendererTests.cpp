@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "FLKRenderTestSupport.h"
 #include "core/platform/FLKLog.h"
@@ -38,6 +39,19 @@ TEST_F(FLKRendererTest, GradientCornersAndTopRowFirst) {
     EXPECT_LE(channelDifference(image, 63, 0, kGreenRGBA), 12);
     EXPECT_LE(channelDifference(image, 0, 63, kBlueRGBA), 12);
     EXPECT_LE(channelDifference(image, 63, 63, kWhiteRGBA), 12);
+}
+
+// A frame with nothing to draw into gives its slot back: a renderer of three
+// slots still draws after more such frames than it has slots.
+TEST_F(FLKRendererTest, FramesWithoutATargetDoNotBlockLaterOnes) {
+    auto scene = sceneWithCameraFrame({0, 0, 64, 64});
+    scene->addChild(solidSprite({0, 0, 64, 64}, kGreen));
+    renderer->setScene(scene);
+    auto texture = std::exchange(target->texture, nullptr);
+    for (int frame = 0; frame < 5; ++frame) EXPECT_FALSE(renderer->render()) << "frame " << frame;
+    target->texture = texture;
+    FLKImage image = target->renderScene(*renderer, scene);
+    EXPECT_EQ(channelDifference(image, 32, 32, kGreenRGBA), 0);
 }
 
 TEST_F(FLKRendererTest, HigherZOrderCoversLowerWhateverTheInsertionOrder) {

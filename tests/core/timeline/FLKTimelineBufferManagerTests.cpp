@@ -252,6 +252,27 @@ TEST_F(TrackFixture, PlayingThroughTwoClipsAndATransitionShowsEveryFrameInOrder)
     }
 }
 
+// The play head jumps about a 17-second recording (segments 0-5, 5-10,
+// 10-15 and 15-17), backwards and forwards, moved once per jump as the
+// editor's scrubber or `frame` does: each jump reads its own segment,
+// wherever the segments read before lie, and shows the frame of its time.
+TEST_F(TrackFixture, AJumpingPlayHeadShowsTheFrameOfEverySegment) {
+    FLKSyntheticVideo::Options options;
+    options.fps = 10;
+    options.frameCount = 170;
+    auto clip = flktest::clipOfFile("A", flk::test::syntheticVideo("numbered-17s.mp4", options), {0, 17}, {0, 17});
+    track->addClip(clip);
+    ASSERT_EQ(videoManager->buffersForClip(clip).size(), 4u);
+    for (double t : {0.25, 11.35, 16.45, 3.15, 7.75, 12.95, 1.05, 15.55, 6.25, 14.85, 0.55}) {
+        track->setCurrentTime(t);
+        ASSERT_TRUE(flktest::eventually([&] { return track->hasTextureAtTime(t); })) << "at " << t;
+        EXPECT_EQ(frameNumber(readerAt(clip, t)->sampleTextureForClip(clip, t)), static_cast<uint32_t>(t * 10))
+            << "at " << t;
+        // Reads started for the jump end before the next one, as a user's pauses would let them.
+        waitForReads(videoManager->buffersForClip(clip));
+    }
+}
+
 // Through the GPU: the converter filter's output shows the frame's number.
 TEST_F(TrackFixture, TrackTexturesShowTheFrameOfTheirTime) {
     auto context = FLKContext::sharedContext();

@@ -47,7 +47,7 @@ TEST_F(ReaderFixture, ReadsItsWholeSegmentIntoNumberedFramesOnce) {
         EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, t)), n) << "at " << t;
         EXPECT_TRUE(segment->hasTextureForClip(clip, t));
     }
-    // One frame period from the last frame still finds it; further does not.
+    // Up to the segment's end the last frame answers; outside the segment nothing does.
     EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, 299.9 / 30)), 299u);
     EXPECT_FALSE(segment->hasTextureForClip(clip, 301.5 / 30));
     EXPECT_FALSE(segment->hasTextureForClip(clip, 2.0));
@@ -178,6 +178,83 @@ TEST_F(ReaderFixture, SegmentsWithoutFramesFinishEmpty) {
         EXPECT_EQ(segment->status(), FLKVideoSampleReader::kFinished);
         EXPECT_EQ(segment->numberOfBufferedFrames(), 0u);
         EXPECT_EQ(segment->textureForClip(clip, 13), nullptr);
+    }
+}
+
+// Recordings at a low or irregular frame rate: a lookup answers the latest
+// frame before its time however far back it lies, at any rate.
+struct IrregularRecording {
+    std::string name;
+    std::vector<double> times;  // of its frames
+    std::shared_ptr<FLKAsset> asset;
+    std::shared_ptr<FLKVideoClip> clip;  // the whole file from timeline time 0
+    double duration() const { return asset->duration(); }
+};
+
+std::vector<IrregularRecording> irregularRecordings() {
+    std::vector<std::pair<std::string, FLKSyntheticVideo::Options>> made;
+    for (int fps : {12, 15}) {
+        FLKSyntheticVideo::Options options;
+        options.fps = fps;
+        options.frameCount = 2 * fps;
+        made.emplace_back("numbered-" + std::to_string(fps) + "fps.mp4", options);
+    }
+    made.emplace_back("still-screens.mp4", flk::test::recordingWithStillScreens());
+    // Stopped two seconds after its last frame: that frame shows to the end.
+    FLKSyntheticVideo::Options stillEnd;
+    for (int n = 0; n <= 30; ++n) stillEnd.frameTimes.push_back(n / 30.0);
+    stillEnd.endTime = 3.0;
+    made.emplace_back("still-end.mp4", stillEnd);
+    std::vector<IrregularRecording> recordings;
+    for (const auto& [name, options] : made) {
+        auto asset = FLKAsset::assetWithPath(flk::test::syntheticVideo(name, options));
+        const double duration = asset->duration();
+        auto clip = flktest::clipOfFile("A", asset->path(), {0, duration}, {0, duration});
+        recordings.push_back({name, FLKSyntheticVideo::frameTimesOf(options), asset, clip});
+    }
+    return recordings;
+}
+
+TEST(FLKVideoBufferSampleReaderRates, EveryTimeShowsTheLatestFrameBeforeIt) {
+    for (const auto& recording : irregularRecordings()) {
+        SCOPED_TRACE(recording.name);
+        const double duration = recording.duration();
+        // The whole file, and a segment starting in the middle of a still screen.
+        for (double start : {0.0, 2.5}) {
+            if (start >= duration) continue;
+            auto segment = std::make_shared<FLKVideoBufferSampleReader>(recording.asset, FLKTimeRange{start, duration});
+            ASSERT_TRUE(segment->readWithFinishedBlock());
+            ASSERT_TRUE(flktest::eventually([&] { return !segment->isBuffering(); }));
+            // On every frame boundary of a 30 fps timeline and halfway between.
+            for (double t = start; t <= duration; t += 0.5 / 30) {
+                EXPECT_EQ(frameNumber(segment->sampleTextureForClip(recording.clip, t)),
+                          flk::test::frameShownAt(recording.times, t))
+                    << "at " << t << " in the segment from " << start;
+            }
+        }
+    }
+}
+
+// As an export plays: the readiness check peeks 1.25 s ahead, then the frame
+// at the play head is shown, with decoding held half a second ahead of the
+// lookups. A frame that never comes (a low rate, a still screen) must not be
+// waited for.
+TEST(FLKVideoBufferSampleReaderRates, PlayingThroughWithADecodeAheadTimeShowsEveryFrame) {
+    for (const auto& recording : irregularRecordings()) {
+        SCOPED_TRACE(recording.name);
+        const double duration = recording.duration();
+        const auto& clip = recording.clip;
+        auto segment = std::make_shared<FLKVideoBufferSampleReader>(recording.asset, FLKTimeRange{0, duration});
+        segment->setDecodeAheadTime(0.5);
+        ASSERT_TRUE(segment->readWithFinishedBlock());
+        for (int k = 1; k / 30.0 <= duration; ++k) {
+            const double t = k / 30.0, peek = std::min(t + 1.25, duration);
+            ASSERT_TRUE(flktest::eventually([&] { return segment->hasTextureForClip(clip, peek); })) << "at " << peek;
+            EXPECT_EQ(frameNumber(segment->sampleTextureForClip(clip, t, true)),
+                      flk::test::frameShownAt(recording.times, t))
+                << "at " << t;
+        }
+        ASSERT_TRUE(flktest::eventually([&] { return !segment->isBuffering(); }));
     }
 }
 
