@@ -43,8 +43,15 @@ bool FLKDecodeWindow::hasRoomLocked(double decodedTime) const {
 
 bool FLKDecodeWindow::waitForRoom(uint64_t ticket, double decodedTime) {
     std::unique_lock lock(mutex_);
+    ++waitingJobs_;
     roomChanged_.wait(lock, [&] { return ticket != ticket_ || hasRoomLocked(decodedTime); });
+    --waitingJobs_;
     return ticket == ticket_;
+}
+
+bool FLKDecodeWindow::isJobWaiting() const {
+    std::lock_guard lock(mutex_);
+    return waitingJobs_ > 0;
 }
 
 void FLKDecodeWindow::noteLookup(double mediaTime, bool shown) {

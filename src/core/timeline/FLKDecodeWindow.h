@@ -33,6 +33,8 @@ public:
     // Job side: blocks until a frame after `decodedTime` may be decoded.
     // False when the job was interrupted.
     bool waitForRoom(uint64_t ticket, double decodedTime);
+    // Whether a job is blocked in waitForRoom() now.
+    bool isJobWaiting() const;
     // Lookup side: a frame near `mediaTime` was asked for, to be shown or
     // only to know whether it is there.
     void noteLookup(double mediaTime, bool shown);
@@ -54,4 +56,5 @@ private:
     double start_ = 0;               // guarded by mutex_
     std::deque<double> lookups_;     // guarded by mutex_; latest last
     std::deque<double> shown_;       // guarded by mutex_; latest last
+    int waitingJobs_ = 0;            // guarded by mutex_
 };

@@ -47,6 +47,8 @@ public:
     // Seconds decoded past the latest lookup, for a timeline played straight
     // through; FLKDecodeWindow::kUnlimited (the default) keeps every frame.
     void setDecodeAheadTime(double seconds) { decodeWindow_->setAheadTime(seconds); }
+    // Whether decoding is paused until the frames decoded are looked up.
+    bool isWaitingForLookups() const { return decodeWindow_->isJobWaiting(); }
 
     std::shared_ptr<FLKGPUTexture> textureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
     bool hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;

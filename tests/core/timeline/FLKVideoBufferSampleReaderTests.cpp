@@ -131,8 +131,9 @@ TEST_F(ReaderFixture, WithADecodeAheadTimeHoldsOnlyTheFramesAboutToBeShown) {
     auto segment = reader(0, 5);
     segment->setDecodeAheadTime(0.5);
     ASSERT_TRUE(segment->readWithFinishedBlock());
-    ASSERT_TRUE(flktest::eventually([&] { return segment->numberOfBufferedFrames() >= 15; }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ASSERT_TRUE(flktest::eventually([&] { return segment->isWaitingForLookups(); }))
+        << "decoding never waited for the first lookup";
+    EXPECT_GE(segment->numberOfBufferedFrames(), 15u);
     EXPECT_LE(segment->numberOfBufferedFrames(), 16u) << "decoding waits for the first lookup";
     EXPECT_TRUE(segment->isBuffering());
 
