@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS := $(if $(CI),-DFLK_WERROR=ON,)
 
-.PHONY: all bootstrap build test test-tsan bench demo clean
+.PHONY: all bootstrap build test test-tsan bench demo fuzz clean
 
 all: build
 
@@ -33,6 +33,11 @@ demo: bootstrap
 
 bench: build
 	@for b in build/release/bench/bench_*; do [ -x "$$b" ] && "$$b" --benchmark_min_time=0.5; done; true
+
+# libFuzzer programs over documents, scene records and media; FUZZ_SECONDS each.
+fuzz:
+	@./scripts/bootstrap clang unzip
+	./scripts/fuzz
 
 clean:
 	rm -rf build
