@@ -180,7 +180,9 @@ TEST(FLKAssetReader, TurnedTestRecordingsAreStoredAsPhonesStoreThem) {
         ASSERT_NE(matrix, nullptr);
         EXPECT_NEAR(av_display_rotation_get(matrix), c.ffmpegAngle, 1e-6);
         // FFmpeg's own tool flips a matrix of -180 degrees left to right when its first entry is negative.
-        if (!c.swaps) EXPECT_TRUE(matrix[0] < 0 && matrix[4] > 0);
+        if (!c.swaps) {
+            EXPECT_TRUE(matrix[0] < 0 && matrix[4] > 0);
+        }
 
         auto decoder = FLKVideoDecoder::open(asset->path(), &reason);
         ASSERT_TRUE(decoder) << reason;
