@@ -90,14 +90,17 @@ struct ThreadExitMarker {
 TEST(FLKDispatchQueue, WorkerOfAQueueReleasedByItsOwnBlockIsJoinedAtShutdown) {
     flk::joinReleasedThreads();
     auto queue = FLKDispatchQueue::make("org.flickwell.test.reaped");
-    std::promise<void> released;
-    queue->async([keep = queue, &released]() mutable {
+    std::promise<void> letGo, released;
+    // The block holds the last reference once the test has let go.
+    queue->async([keep = queue, go = letGo.get_future().share(), &released]() mutable {
         thread_local ThreadExitMarker marker;
         (void)marker;
+        go.wait();
         keep.reset();
         released.set_value();
     });
     queue.reset();
+    letGo.set_value();
     released.get_future().wait();
     EXPECT_EQ(flk::joinReleasedThreads(), 1u);
     EXPECT_TRUE(gWorkerExited);
