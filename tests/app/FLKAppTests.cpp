@@ -44,7 +44,9 @@ namespace {
 class FrameCapture : public FLKRenderOutput {
 public:
     void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
-        QImage image(buffer.bgra.data(), buffer.width, buffer.height, buffer.stride, QImage::Format_ARGB32_Premultiplied);
+        // Premultiplied colour with its alpha ignored: the frame as the opaque
+        // canvas shows it, over black.
+        QImage image(buffer.bgra.data(), buffer.width, buffer.height, buffer.stride, QImage::Format_RGB32);
         frame = image.copy();
     }
     QImage frame;  // written on the render thread before waitUntilFinished() returns
