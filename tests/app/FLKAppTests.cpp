@@ -110,6 +110,7 @@ private slots:
     void cleanupTestCase();
     void firstFrameMatchesTheOffScreenRenderer();
     void draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt();
+    void draggingInsideTheSelectionFrameMovesTheScreenInOneStep();
     void tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder();
 
 private:
@@ -235,8 +236,37 @@ void AppTests::draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt() {
     QVERIFY(window->undoAction()->isEnabled());
     QVERIFY(!window->redoAction()->isEnabled());
 
-    window->editVerticesAction()->trigger();
+    // Escape leaves corner editing.
+    QTest::keyClick(view, Qt::Key_Escape);
     QVERIFY(!window->canvasViewModels()->cornering()->sprite());
+}
+
+void AppTests::draggingInsideTheSelectionFrameMovesTheScreenInOneStep() {
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    pipeline.clear();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect before = container->shape()->bounds();
+    const QPoint grab = widgetPoint({before.origin.x + before.size.width / 2, before.origin.y + before.size.height / 3});
+    const QPoint release = grab + QPoint(30, 20);
+    const FLKPoint travel = view->scenePointForWidgetPoint(release) - view->scenePointForWidgetPoint(grab);
+
+    QTest::mousePress(view, Qt::LeftButton, {}, grab);
+    QTest::mouseMove(view, grab + QPoint(10, 5));
+    QTest::mouseMove(view, release);
+    QTest::mouseRelease(view, Qt::LeftButton, {}, release);
+
+    const FLKRect after = container->shape()->bounds();
+    QVERIFY(std::abs(after.origin.x - (before.origin.x + travel.x)) < 1e-9);
+    QVERIFY(std::abs(after.origin.y - (before.origin.y + travel.y)) < 1e-9);
+    QVERIFY(after.size == before.size);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(1));
+    QCOMPARE(window->canvasViewModels()->selecting()->selectedObjects(), std::vector<FLKObject::Ptr>{container});
+    saveScreenshot("main-window-selection.png");
+
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == before);
 }
 
 void AppTests::tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder() {
