@@ -124,7 +124,6 @@ void FLKSceneView::paintGL() {
         glBlitFramebuffer(0, 0, pixelWidth, pixelHeight, 0, pixelHeight, pixelWidth, 0, GL_COLOR_BUFFER_BIT,
                           GL_NEAREST);
         glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-        emit frameDrawn();
     }
     if (overlay_) {
         QPainter painter(this);

@@ -40,10 +40,6 @@ public:
     // Frames the scene's background in the widget.
     void focusCamera();
 
-signals:
-    // After each frame the renderer drew (not when it failed).
-    void frameDrawn();
-
 protected:
     void initializeGL() override;
     void resizeGL(int w, int h) override;
