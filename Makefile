@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS := $(if $(CI),-DFLK_WERROR=ON,)
 
-.PHONY: all bootstrap build test test-tsan bench demo fuzz clean
+.PHONY: all bootstrap build app test test-tsan bench demo fuzz clean
 
 all: build
 
@@ -13,7 +13,14 @@ build: bootstrap
 	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
 	cmake --build build/release -j$(JOBS)
 
-# Debug build with AddressSanitizer and UBSan, then every test.
+# The desktop program, built and started.
+app: bootstrap
+	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/release -j$(JOBS) --target flickwell
+	./build/release/bin/flickwell
+
+# Debug build with AddressSanitizer and UBSan, then every test; the desktop
+# program's tests run on a virtual X display (xvfb-run, from CTest).
 test: bootstrap
 	@cmake --preset debug $(CMAKE_FLAGS) >/dev/null
 	cmake --build build/debug -j$(JOBS)

@@ -18,6 +18,7 @@
 #include "core/timeline/FLKTimeline.h"
 #include "core/timeline/FLKVideoTransitionClip.h"
 #include "editing/FLKActionPipeline.h"
+#include "editing/FLKCanvasViewModels.h"
 #include "editing/FLKCursorManager.h"
 #include "editing/FLKEditRedoMenuItemViewModel.h"
 #include "editing/FLKEditUndoMenuItemViewModel.h"
@@ -54,34 +55,25 @@ protected:
     void SetUp() override { pipeline.clear(); }
     void TearDown() override { pipeline.clear(); }
 
-    // The canvas wiring of a freshly loaded scene: the selection widget, the
-    // selection frame sharing its selection, then the quad-corner editor,
-    // each newer observer seeing events first.
+    // The canvas wiring of a freshly loaded scene, as the desktop canvas has it.
     void buildCanvas(const std::shared_ptr<FLKScene>& scene) {
-        selecting = std::make_shared<FLKSelectionWidgetViewModel>(scene, nullptr);
-        framing = std::make_shared<FLKSelectionEditingWidgetViewModel>(cursors, queue);
-        framing->setSelection(selecting->selection());
-        cornering = std::make_shared<FLKVertexEditingWidgetViewModel>(cursors);
-        hovering = std::make_shared<FLKHoverWidgetViewModel>(scene);
-        sceneViewModel = std::make_shared<FLKSceneViewModel>(selecting, cornering, hovering);
-        notifier.addObserver(sceneViewModel);
-        notifier.addObserver(hovering);
-        notifier.addObserver(selecting);
-        notifier.addObserver(framing);
-        notifier.addObserver(cornering);
+        canvas = std::make_unique<FLKCanvasViewModels>(scene, cursors, queue);
+        selecting = canvas->selecting();
+        cornering = canvas->cornering();
+        sceneViewModel = canvas->sceneViewModel();
     }
 
     // Pointer to the first point, press, drag through the rest, release.
     void drag(std::initializer_list<FLKPoint> path) {
         auto it = path.begin();
-        notifier.canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseMoved, *it));
-        notifier.canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseDown, *it));
+        canvas->notifier().canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseMoved, *it));
+        canvas->notifier().canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseDown, *it));
         FLKPoint last = *it;
         for (++it; it != path.end(); ++it) {
-            notifier.canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseDragged, *it));
+            canvas->notifier().canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseDragged, *it));
             last = *it;
         }
-        notifier.canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseUp, last));
+        canvas->notifier().canvasViewDidReceiveEvent(nullptr, mouse(FLKEventType::mouseUp, last));
     }
 
     std::string json() const {
@@ -101,11 +93,9 @@ protected:
     FLKSceneLoader loader{FLKTemplateManager::defaultManager()};
     std::shared_ptr<FLKCursorManager> cursors = std::make_shared<FLKCursorManager>();
     std::shared_ptr<FLKManualMainQueue> queue = std::make_shared<FLKManualMainQueue>();
-    FLKSceneViewActionsNotifier notifier;
+    std::unique_ptr<FLKCanvasViewModels> canvas;
     std::shared_ptr<FLKSelectionWidgetViewModel> selecting;
-    std::shared_ptr<FLKSelectionEditingWidgetViewModel> framing;
     std::shared_ptr<FLKVertexEditingWidgetViewModel> cornering;
-    std::shared_ptr<FLKHoverWidgetViewModel> hovering;
     std::shared_ptr<FLKSceneViewModel> sceneViewModel;
     std::unique_ptr<FLKTimelinePanelViewModel> panel;
     std::shared_ptr<FLKVideoContainer> container;

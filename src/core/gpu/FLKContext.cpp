@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -52,8 +53,21 @@ std::string eglErrorText(const char* what) {
     return buffer;
 }
 
+std::mutex gPlatformMutex;
+std::optional<FLKContext::NativePlatform> gPlatform;  // guarded by gPlatformMutex
+bool gDisplayOpened = false;                         // guarded by gPlatformMutex
+
 SurfacelessDisplay openDisplay() {
     SurfacelessDisplay result;
+    {
+        std::lock_guard lock(gPlatformMutex);
+        gDisplayOpened = true;
+        if (gPlatform) {
+            result.display = static_cast<EGLDisplay>(gPlatform->display);
+            result.config = static_cast<EGLConfig>(gPlatform->config);
+            return result;
+        }
+    }
     const char* clientExtensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
     if (hasExtension(clientExtensions, "EGL_MESA_platform_surfaceless") &&
         hasExtension(clientExtensions, "EGL_EXT_platform_base")) {
@@ -149,6 +163,10 @@ std::shared_ptr<FLKContext> FLKContext::createOwned(FLKSize size, const FLKConte
     const EGLint attributes[] = {EGL_CONTEXT_MAJOR_VERSION, 4, EGL_CONTEXT_MINOR_VERSION, 5,
                                  EGL_CONTEXT_OPENGL_PROFILE_MASK, EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT, EGL_NONE};
     EGLContext share = shareWith ? shareWith->native_->context : EGL_NO_CONTEXT;
+    if (!shareWith) {
+        std::lock_guard lock(gPlatformMutex);
+        if (gPlatform) share = static_cast<EGLContext>(gPlatform->shareContext);
+    }
     EGLContext handle = eglCreateContext(display.display, display.config, share, attributes);
     if (handle == EGL_NO_CONTEXT) {
         context->errorDescription_ = "OpenGL 4.5 not supported. " + eglErrorText("eglCreateContext");
@@ -199,6 +217,13 @@ void FLKContext::readDeviceStrings() {
         valid_ = false;
         errorDescription_ = "OpenGL 4.5 not supported. The driver offers " + versionString_ + ".";
     }
+}
+
+bool FLKContext::useNativePlatform(const NativePlatform& platform) {
+    std::lock_guard lock(gPlatformMutex);
+    if (gDisplayOpened || !platform.display || !platform.config) return false;
+    gPlatform = platform;
+    return true;
 }
 
 bool FLKContext::isGPUSupported(std::string* reason) {

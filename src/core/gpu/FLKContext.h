@@ -37,6 +37,21 @@ public:
                                                            std::function<bool()> makeCurrent = {},
                                                            std::function<void()> doneCurrent = {});
 
+    // The EGL display and config a desktop toolkit already opened, and its
+    // context every context made here shares objects with. The handles are
+    // EGLDisplay, EGLConfig and EGLContext, passed opaquely so that callers
+    // need no EGL header.
+    struct NativePlatform {
+        void* display = nullptr;
+        void* config = nullptr;
+        void* shareContext = nullptr;
+    };
+    // Makes the shared context and every later one on the toolkit's display
+    // instead of Mesa's surfaceless one: a context on another display cannot
+    // share textures with the toolkit's. Only before the first sharedContext();
+    // false afterwards.
+    static bool useNativePlatform(const NativePlatform& platform);
+
     // True when an OpenGL 4.5 core context can be made; otherwise `reason`
     // receives why.
     static bool isGPUSupported(std::string* reason = nullptr);

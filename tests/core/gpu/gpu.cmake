@@ -14,3 +14,8 @@ flk_add_test(test_gpu_threads LAYERS flk_gpu SOURCES
 set_property(TEST test_gpu test_gpu_threads APPEND PROPERTY ENVIRONMENT LP_NUM_THREADS=0)
 flk_mark_tsan(test_gpu)
 flk_mark_tsan(test_gpu_threads)
+
+# The display is chosen once per process, so this needs a program of its own.
+flk_add_test(test_gpu_native_platform LAYERS flk_gpu SOURCES
+  ${CMAKE_CURRENT_LIST_DIR}/FLKContextNativePlatformTests.cpp
+  LIBS PkgConfig::EPOXY PkgConfig::EGL)

@@ -1,0 +1,171 @@
+#include "app/canvas/FLKSceneView.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "app/canvas/FLKCanvasOverlay.h"
+#include "app/canvas/FLKInputEvents.h"
+#include "core/gpu/FLKContext.h"
+#include "core/model/FLKSceneModifier.h"
+#include "core/render/FLKRenderer.h"
+#include "core/scene/FLKCamera.h"
+#include "core/scene/FLKScene.h"
+#include "editing/FLKSceneViewActionsNotifier.h"
+
+struct FLKSceneView::Target : FLKRendererDataSource {
+    std::shared_ptr<FLKGPUTexture> texture;
+    FLKSize drawableSize;
+
+    std::shared_ptr<FLKGPUTexture> textureForRenderer(FLKRenderer&) override { return texture; }
+    FLKSize drawableSizeForRenderer(FLKRenderer&) override { return drawableSize; }
+};
+
+FLKSceneView::FLKSceneView(QWidget* parent) : QOpenGLWidget(parent), target_(std::make_shared<Target>()) {
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    // Opaque: where the scene leaves the frame transparent the canvas is
+    // dark, not the window's background composed through it.
+    setTextureFormat(GL_RGB8);
+}
+
+FLKSceneView::~FLKSceneView() {
+    // QOpenGLWidget's own destructor destroys the context: this view is gone by then.
+    disconnect(contextDestruction_);
+    if (!renderer_) return;  // never shown, or its context already went
+    makeCurrent();
+    releaseGL();
+    doneCurrent();
+}
+
+void FLKSceneView::releaseGL() {
+    FLKContext::Scope scope(*context_);
+    renderer_.reset();
+    target_->texture.reset();
+    if (readFramebuffer_) glDeleteFramebuffers(1, &readFramebuffer_);
+    readFramebuffer_ = 0;
+}
+
+void FLKSceneView::setScene(std::shared_ptr<FLKScene> scene) {
+    scene_ = std::move(scene);
+    if (renderer_) renderer_->setScene(scene_);
+    focusCamera();
+    update();
+}
+
+void FLKSceneView::setOverlay(std::shared_ptr<FLKCanvasOverlay> overlay) {
+    overlay_ = std::move(overlay);
+    update();
+}
+
+void FLKSceneView::focusCamera() {
+    if (!scene_ || !scene_->mainCamera()) return;
+    scene_->mainCamera()->setViewportSize({static_cast<double>(width()), static_cast<double>(height())}, true);
+    FLKSceneModifier(scene_, nullptr, nullptr).focusCamera();
+}
+
+FLKPoint FLKSceneView::scenePointForWidgetPoint(QPointF point) const {
+    if (!scene_ || !scene_->mainCamera()) return {point.x(), point.y()};
+    return scene_->mainCamera()->scenePointForScreenPoint({point.x(), point.y()});
+}
+
+QPointF FLKSceneView::widgetPointForScenePoint(FLKPoint point) const {
+    if (!scene_ || !scene_->mainCamera()) return {point.x, point.y};
+    const FLKPoint p = scene_->mainCamera()->screenPointFromScenePoint(point);
+    return {p.x, p.y};
+}
+
+void FLKSceneView::initializeGL() {
+    initializeOpenGLFunctions();
+    // The renderer's Scope makes the widget's context current again through
+    // Qt, which also binds the widget's framebuffer; leaving it current
+    // afterwards is what Qt expects during paintGL.
+    context_ = FLKContext::adoptCurrentContext({static_cast<double>(width()), static_cast<double>(height())},
+                                               [this] {
+                                                   makeCurrent();
+                                                   return true;
+                                               },
+                                               [] {});
+    renderer_ = std::make_unique<FLKRenderer>(context_);
+    renderer_->setDataSource(target_);
+    renderer_->setScene(scene_);
+    glGenFramebuffers(1, &readFramebuffer_);
+    // The context goes away before the widget when it is reparented or closed.
+    contextDestruction_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
+        makeCurrent();
+        releaseGL();
+        doneCurrent();
+    });
+}
+
+void FLKSceneView::resizeGL(int w, int h) {
+    context_->setSize({static_cast<double>(w), static_cast<double>(h)});
+    focusCamera();
+}
+
+void FLKSceneView::paintGL() {
+    // Textures made and released here belong to the core's share group: it
+    // must know this context is current.
+    FLKContext::Scope scope(*context_);
+    const int pixelWidth = static_cast<int>(width() * devicePixelRatioF());
+    const int pixelHeight = static_cast<int>(height() * devicePixelRatioF());
+    if (!target_->texture || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight) {
+        target_->texture = FLKGPUTexture::renderTarget(pixelWidth, pixelHeight, FLKPixelFormat::BGRA8);
+        renderer_->clearMultisampleTexture();
+    }
+    target_->drawableSize = {static_cast<double>(width()), static_cast<double>(height())};
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    if (scene_ && target_->texture && renderer_->render()) {
+        // The frame's rows run top first; the widget's framebuffer is bottom-up.
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer_);
+        glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, target_->texture->name(), 0);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, defaultFramebufferObject());
+        glBlitFramebuffer(0, 0, pixelWidth, pixelHeight, 0, pixelHeight, pixelWidth, 0, GL_COLOR_BUFFER_BIT,
+                          GL_NEAREST);
+        glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    }
+    if (overlay_) {
+        QPainter painter(this);
+        overlay_->paint(painter, *this);
+    }
+}
+
+void FLKSceneView::deliver(const FLKEvent& event) {
+    if (!notifier_) return;
+    notifier_->canvasViewDidReceiveEvent(nullptr, event);
+    // Any gesture may have changed the model or the widgets.
+    update();
+}
+
+void FLKSceneView::mousePressEvent(QMouseEvent* event) {
+    const FLKPoint location = scenePointForWidgetPoint(event->position());
+    const uint64_t flags = flk::modifierFlags(event->modifiers());
+    // The widgets pick the handle under the pointer when it moves; a press
+    // with no move before it (the first click into the window) must find it too.
+    deliver(FLKEvent::mouseEvent(FLKEventType::mouseMoved, location, flags));
+    deliver(FLKEvent::mouseEvent(FLKEventType::mouseDown, location, flags));
+}
+
+void FLKSceneView::mouseMoveEvent(QMouseEvent* event) {
+    deliver(FLKEvent::mouseEvent(flk::moveEventType(event->buttons()), scenePointForWidgetPoint(event->position()),
+                                 flk::modifierFlags(event->modifiers())));
+}
+
+void FLKSceneView::mouseReleaseEvent(QMouseEvent* event) {
+    deliver(FLKEvent::mouseEvent(FLKEventType::mouseUp, scenePointForWidgetPoint(event->position()),
+                                 flk::modifierFlags(event->modifiers())));
+}
+
+void FLKSceneView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        if (notifier_) notifier_->canvasViewDidReceiveCancelOperation(nullptr);
+        update();
+        return;
+    }
+    if (auto keyEvent = flk::deletionKeyEvent(*event)) {
+        deliver(*keyEvent);
+        return;
+    }
+    QOpenGLWidget::keyPressEvent(event);
+}

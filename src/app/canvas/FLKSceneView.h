@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QOpenGLExtraFunctions>
+#include <QOpenGLWidget>
+
+#include <memory>
+
+#include "core/platform/FLKPoint.h"
+
+class FLKCanvasOverlay;
+class FLKContext;
+class FLKRenderer;
+class FLKScene;
+class FLKSceneViewActionsNotifier;
+struct FLKEvent;
+
+// The canvas: the core's renderer draws the scene through its main camera
+// into a texture shared with this widget's context, which is copied onto the
+// widget; the on-canvas widgets are painted over it. Input becomes the
+// editing layer's events, in scene coordinates, handed to the actions
+// notifier. A frame is drawn only when update() asks for one.
+class FLKSceneView : public QOpenGLWidget, protected QOpenGLExtraFunctions {
+    Q_OBJECT
+
+public:
+    explicit FLKSceneView(QWidget* parent = nullptr);
+    ~FLKSceneView() override;
+
+    std::shared_ptr<FLKScene> scene() const { return scene_; }
+    // Fits the camera to the new scene and draws it.
+    void setScene(std::shared_ptr<FLKScene> scene);
+    // Events go nowhere while none is set.
+    void setActionsNotifier(FLKSceneViewActionsNotifier* notifier) { notifier_ = notifier; }
+    void setOverlay(std::shared_ptr<FLKCanvasOverlay> overlay);
+
+    // The scene point under a point of the widget.
+    FLKPoint scenePointForWidgetPoint(QPointF point) const;
+    QPointF widgetPointForScenePoint(FLKPoint point) const;
+
+    // Frames the scene's background in the widget.
+    void focusCamera();
+
+protected:
+    void initializeGL() override;
+    void resizeGL(int w, int h) override;
+    void paintGL() override;
+
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    struct Target;  // the renderer's data source: the shared framebuffer texture
+    void deliver(const FLKEvent& event);
+    void releaseGL();
+
+    std::shared_ptr<FLKScene> scene_;
+    FLKSceneViewActionsNotifier* notifier_ = nullptr;  // owned by the window's canvas view models
+    std::shared_ptr<FLKCanvasOverlay> overlay_;
+    // The rest is touched only with this widget's context current, on the main thread.
+    std::shared_ptr<FLKContext> context_;
+    std::unique_ptr<FLKRenderer> renderer_;
+    std::shared_ptr<Target> target_;
+    unsigned int readFramebuffer_ = 0;
+    QMetaObject::Connection contextDestruction_;
+};

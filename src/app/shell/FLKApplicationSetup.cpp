@@ -1,0 +1,48 @@
+#include "app/shell/FLKApplicationSetup.h"
+
+#include <QCoreApplication>
+#include <QMessageBox>
+#include <QOpenGLContext>
+#include <QSurfaceFormat>
+
+#include <cstdlib>
+#include <memory>
+
+#include "app/bridge/FLKQtMainQueue.h"
+#include "app/bridge/FLKQtUserFeedback.h"
+#include "core/gpu/FLKContext.h"
+
+void FLKApplicationSetup::prepareEnvironment() {
+    ::setenv("QT_XCB_GL_INTEGRATION", "xcb_egl", 0);
+    QSurfaceFormat format;
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setVersion(4, 5);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    QSurfaceFormat::setDefaultFormat(format);
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+}
+
+bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
+    FLKMainQueue::setMain(std::make_shared<FLKQtMainQueue>(application));
+    FLKUserFeedback::setShared(std::make_shared<FLKQtUserFeedback>(application));
+
+    QOpenGLContext* global = QOpenGLContext::globalShareContext();
+    auto* egl = global ? global->nativeInterface<QNativeInterface::QEGLContext>() : nullptr;
+    if (!egl) {
+        if (reason) *reason = "Qt has no EGL context to share with.";
+        return false;
+    }
+    const QSurfaceFormat format = global->format();
+    if (format.version() < qMakePair(4, 5)) {
+        if (reason) *reason = "OpenGL 4.5 not supported.";
+        return false;
+    }
+    FLKContext::useNativePlatform({egl->display(), egl->config(), egl->nativeContext()});
+    return FLKContext::isGPUSupported(reason);
+}
+
+void FLKApplicationSetup::showOpenGLNotSupportedAlert() {
+    QMessageBox alert(QMessageBox::Critical, "Flickwell", "OpenGL 4.5 not supported.", QMessageBox::Ok);
+    alert.setInformativeText("This device does not support OpenGL 4.5 rendering and cannot run Flickwell.");
+    alert.exec();
+}

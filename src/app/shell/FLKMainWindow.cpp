@@ -1,0 +1,78 @@
+#include "app/shell/FLKMainWindow.h"
+
+#include <QAction>
+#include <QMenuBar>
+
+#include "app/bridge/FLKMenuItemBinding.h"
+#include "app/canvas/FLKCanvasOverlay.h"
+#include "app/canvas/FLKSceneView.h"
+#include "core/model/FLKSceneLoader.h"
+#include "core/platform/FLKUserFeedback.h"
+#include "editing/FLKActionPipeline.h"
+#include "editing/FLKCanvasViewModels.h"
+#include "editing/FLKCursorManager.h"
+#include "editing/FLKEditRedoMenuItemViewModel.h"
+#include "editing/FLKEditUndoMenuItemViewModel.h"
+#include "editing/FLKSceneViewModel.h"
+
+FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(new FLKSceneView(this)) {
+    setWindowTitle("Flickwell");
+    setCentralWidget(sceneView_);
+    buildEditMenu();
+    auto& center = FLKNotificationCenter::defaultCenter();
+    sceneLoadObservation_ = FLKObservation(
+        center, center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr,
+                                   [this](const FLKNotification&) { sceneDidUpdate(); }));
+}
+
+FLKMainWindow::~FLKMainWindow() {
+    sceneView_->setActionsNotifier(nullptr);
+    sceneView_->setOverlay(nullptr);
+}
+
+void FLKMainWindow::buildEditMenu() {
+    QMenu* edit = menuBar()->addMenu("&Edit");
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    // Undo and redo change the model outside any canvas gesture: redraw.
+    undoAction_ = edit->addAction(QString());
+    undoAction_->setShortcut(QKeySequence::Undo);
+    new FLKMenuItemBinding(undoAction_, std::make_shared<FLKEditUndoMenuItemViewModel>(), [this, &pipeline] {
+        pipeline.undo();
+        sceneView_->update();
+    });
+    redoAction_ = edit->addAction(QString());
+    redoAction_->setShortcuts(QKeySequence::Redo);
+    new FLKMenuItemBinding(redoAction_, std::make_shared<FLKEditRedoMenuItemViewModel>(), [this, &pipeline] {
+        pipeline.redo();
+        sceneView_->update();
+    });
+    // Shortcuts of menu actions work only in a window they belong to.
+    addAction(undoAction_);
+    addAction(redoAction_);
+    edit->addSeparator();
+    editVerticesAction_ = edit->addAction("Edit Vertices");
+    connect(editVerticesAction_, &QAction::triggered, this, [this] {
+        if (!canvasViewModels_) return;
+        canvasViewModels_->sceneViewModel()->toggleVertexEditingWidget();
+        sceneView_->update();
+    });
+}
+
+void FLKMainWindow::showScene() {
+    auto& loader = FLKSceneLoader::defaultSceneLoader();
+    if (loader.currentScene()) return sceneDidUpdate();
+    FLKError error;
+    // A successful load announces itself, which shows the scene.
+    if (!loader.loadFirstScene(&error)) FLKUserFeedback::shared().presentError(error);
+}
+
+void FLKMainWindow::sceneDidUpdate() {
+    auto& loader = FLKSceneLoader::defaultSceneLoader();
+    FLKActionPipeline::sharedPipeline().clear();
+    // The old view models go only once the canvas no longer points at them.
+    auto models = std::make_unique<FLKCanvasViewModels>(loader.currentScene(), FLKCursorManager::defaultManager());
+    sceneView_->setActionsNotifier(&models->notifier());
+    sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(models->framing(), models->cornering()));
+    canvasViewModels_ = std::move(models);
+    sceneView_->setScene(loader.currentScene());
+}
