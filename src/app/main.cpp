@@ -4,6 +4,7 @@
 
 #include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
+#include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKLog.h"
 
 int main(int argc, char** argv) {
@@ -17,9 +18,15 @@ int main(int argc, char** argv) {
         FLKApplicationSetup::showOpenGLNotSupportedAlert();
         return 0;
     }
-    FLKMainWindow window;
-    window.resize(1280, 800);
-    window.show();
-    window.showScene();
-    return application.exec();
+    int status = 0;
+    {
+        FLKMainWindow window;
+        window.resize(1280, 800);
+        window.show();
+        window.showScene();
+        status = application.exec();
+    }
+    // No thread of ours may outlive main(): static destructors would race it.
+    flk::shutdownCoreServices();
+    return status;
 }
