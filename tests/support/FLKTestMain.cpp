@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
     int result = RUN_ALL_TESTS();
     // No thread of ours may outlive main(): static destructors would race it.
     FLKMainQueue::setMain(nullptr);
-    flk::joinReleasedThreads();
+    flk::joinReleasedThreads(true);
     std::error_code ec;
     std::filesystem::remove_all(home, ec);
     return result;

@@ -20,6 +20,6 @@ void installCoreServices() {
 
 void shutdownCoreServices() {
     FLKMainQueue::setMain(nullptr);
-    flk::joinReleasedThreads();
+    flk::joinReleasedThreads(true);
 }
 }  // namespace flk

@@ -10,6 +10,8 @@ namespace flk {
 // Takes a thread that is about to end by itself. Any thread may call it.
 void joinLater(std::thread thread);
 // Joins every thread handed over so far. Call from a thread that was never
-// handed over (the main thread at exit); returns how many were joined.
-size_t joinReleasedThreads();
+// handed over (the main thread); returns how many were joined. `atExit`:
+// threads handed over afterwards are detached, since nobody is left to join
+// them.
+size_t joinReleasedThreads(bool atExit = false);
 }  // namespace flk
