@@ -44,7 +44,7 @@ void FLKObject::initWithDictionary(const FLKJSON& dictionary) {
     auto name = dictionary.find("name");
     name_ = name != dictionary.end() && name->is_string() ? flk::makeName(name->get<std::string>()) : nullptr;
     auto zOrder = dictionary.find("zOrder");
-    zOrder_ = zOrder != dictionary.end() && zOrder->is_number() ? zOrder->get<int64_t>() : 0;
+    zOrder_ = zOrder != dictionary.end() ? flk::int64Value(*zOrder).value_or(0) : 0;
     auto children = dictionary.find("children");
     if (children == dictionary.end()) return;
     // Documents are untrusted: a tree nested absurdly deep is cut off rather

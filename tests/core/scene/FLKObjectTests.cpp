@@ -280,3 +280,20 @@ TEST(FLKObjectSerialization, AbsurdlyDeepTreesAreCutOff) {
     EXPECT_EQ(depth, 256u);
     EXPECT_EQ(root->recursiveAllChildren().size(), 256u);
 }
+
+// Found by fuzzing the scene reader: a zOrder too large for 64 bits, or not a
+// whole number, was converted regardless (undefined behaviour). Such a value
+// reads as no order; one in range is kept, whichever JSON number type holds it.
+TEST(FLKObjectTree, ZOrdersOutsideSixtyFourBitsReadAsNoOrder) {
+    auto zOrderOf = [](const std::string& number) {
+        return FLKObject::newWithDictionary(FLKJSON::parse(R"({"className":"FLKObject","zOrder":)" + number + "}"))
+            ->zOrder();
+    };
+    EXPECT_EQ(zOrderOf("92233782036854775807"), 0);
+    EXPECT_EQ(zOrderOf("18446744073709551615"), 0);
+    EXPECT_EQ(zOrderOf("-1e300"), 0);
+    EXPECT_EQ(zOrderOf("2.5"), 0);
+    EXPECT_EQ(zOrderOf("9223372036854775807"), std::numeric_limits<int64_t>::max());
+    EXPECT_EQ(zOrderOf("-9223372036854775808"), std::numeric_limits<int64_t>::min());
+    EXPECT_EQ(zOrderOf("42.0"), 42);
+}
