@@ -22,9 +22,14 @@
 #include <thread>
 
 #include "app/canvas/FLKSceneView.h"
+#include "app/shell/FLKAppNotifications.h"
 #include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
+#include "app/shell/FLKRenderLoopController.h"
+#include "core/exporter/FLKExportQueue.h"
+#include "core/media/FLKSyntheticVideo.h"
 #include "core/model/FLKSceneLoader.h"
+#include "core/model/FLKTimelineClipFactory.h"
 #include "core/platform/FLKMainQueue.h"
 #include "core/model/FLKTemplateManager.h"
 #include "core/render/FLKOffScreenRenderer.h"
@@ -33,6 +38,7 @@
 #include "core/scene/FLKScene.h"
 #include "core/scene/FLKShape.h"
 #include "core/scene/FLKVideoContainer.h"
+#include "core/timeline/FLKTimeline.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
 #include "editing/FLKSelectionWidgetViewModel.h"
@@ -112,6 +118,7 @@ private slots:
     void draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt();
     void draggingInsideTheSelectionFrameMovesTheScreenInOneStep();
     void tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder();
+    void minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused();
 
 private:
     std::shared_ptr<FLKVideoContainer> screen() const;
@@ -298,6 +305,78 @@ void AppTests::tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder() {
     QCOMPARE(ran.at(0), std::string("first"));
     QCOMPARE(ran.at(1), std::string("second"));
     QCOMPARE(ran.size(), size_t(4));
+}
+
+// Counts one notification by name for as long as it lives.
+class NotificationCounter {
+public:
+    explicit NotificationCounter(const char* name) {
+        auto& center = FLKNotificationCenter::defaultCenter();
+        observation_ = FLKObservation(center, center.addObserver(name, nullptr, [this](const FLKNotification&) { ++count; }));
+    }
+    int count = 0;  // posted on the main thread here
+
+private:
+    FLKObservation observation_;
+};
+
+void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
+    FLKRenderLoopController* loop = window->renderLoop();
+    FLKSceneView* view = window->sceneView();
+    auto timeline = FLKTimeline::masterTimeline();
+    QCOMPARE(timeline, FLKSceneLoader::defaultSceneLoader().currentTimeline());
+    QVERIFY(!loop->isPaused());
+    QVERIFY(!view->isPaused());
+    // A looping clip keeps the timeline playing for as long as the loop runs.
+    QTemporaryDir media;
+    const std::string recording = media.filePath("recording.mp4").toStdString();
+    FLKSyntheticVideo::Options options;
+    options.frameCount = 60;
+    QVERIFY(FLKSyntheticVideo::writeVideo(recording, options));
+    QVERIFY(FLKTimelineClipFactory::clipFactoryWithTimeline(timeline)->makeClip(recording));
+    QVERIFY(timeline->duration() > 1.9);
+    timeline->setLooping(true);
+    timeline->play();
+    QTRY_VERIFY(timeline->isPlaying());
+    NotificationCounter pauses(FLKAppWillWillPauseNotification);
+    NotificationCounter resumes(FLKAppDidUnPauseNotification);
+
+    window->showMinimized();
+    QTRY_VERIFY(loop->isPaused());
+    QCOMPARE(pauses.count, 1);
+    QVERIFY(view->isPaused());
+    QVERIFY(!timeline->isPlaying());
+    // A paused canvas hands out its last frame without drawing a new one.
+    const uint64_t drawn = view->framesDrawn();
+    QVERIFY(!view->grabFramebuffer().isNull());
+    QCOMPARE(view->framesDrawn(), drawn);
+
+    window->showNormal();
+    QApplication::setActiveWindow(window.get());
+    QTRY_VERIFY(!loop->isPaused());
+    QCOMPARE(resumes.count, 1);
+    QTRY_VERIFY(timeline->isPlaying());
+    QTRY_VERIFY(view->framesDrawn() > drawn);
+
+    // An export pauses the loop, and restoring the window meanwhile does not resume it.
+    auto& center = FLKNotificationCenter::defaultCenter();
+    center.post(FLKExportQueueDidStartNotification, FLKExportQueue::sharedQueue().get());
+    QTRY_VERIFY(loop->isPaused());
+    QVERIFY(loop->isExporting());
+    QCOMPARE(pauses.count, 2);
+    window->showMinimized();
+    window->showNormal();
+    QApplication::setActiveWindow(window.get());
+    QCoreApplication::processEvents();
+    QVERIFY(loop->isPaused());
+    QVERIFY(!timeline->isPlaying());
+    QCOMPARE(pauses.count, 2);
+    center.post(FLKExportQueueDidFinishNotification, FLKExportQueue::sharedQueue().get());
+    QTRY_VERIFY(!loop->isPaused());
+    QCOMPARE(resumes.count, 2);
+    QTRY_VERIFY(timeline->isPlaying());
+    timeline->pause();
+    timeline->setLooping(false);
 }
 
 int main(int argc, char** argv) {

@@ -4,13 +4,18 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKInputEvents.h"
 #include "core/gpu/FLKContext.h"
+#include "core/platform/FLKPerformanceSettings.h"
 #include "core/model/FLKSceneModifier.h"
 #include "core/render/FLKRenderer.h"
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKScene.h"
+#include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoTrack.h"
 #include "editing/FLKSceneViewActionsNotifier.h"
 
 struct FLKSceneView::Target : FLKRendererDataSource {
@@ -27,6 +32,9 @@ FLKSceneView::FLKSceneView(QWidget* parent) : QOpenGLWidget(parent), target_(std
     // Opaque: where the scene leaves the frame transparent the canvas is
     // dark, not the window's background composed through it.
     setTextureFormat(GL_RGB8);
+    frameTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&frameTimer_, &QTimer::timeout, this, &FLKSceneView::followPlayHead);
+    setPreviewRate(FLKPerformanceSettings::globalSettings().fps());
 }
 
 FLKSceneView::~FLKSceneView() {
@@ -42,6 +50,7 @@ void FLKSceneView::releaseGL() {
     FLKContext::Scope scope(*context_);
     renderer_.reset();
     target_->texture.reset();
+    targetHoldsFrame_ = false;
     if (readFramebuffer_) glDeleteFramebuffers(1, &readFramebuffer_);
     readFramebuffer_ = 0;
 }
@@ -62,6 +71,41 @@ void FLKSceneView::focusCamera() {
     if (!scene_ || !scene_->mainCamera()) return;
     scene_->mainCamera()->setViewportSize({static_cast<double>(width()), static_cast<double>(height())}, true);
     FLKSceneModifier(scene_, nullptr, nullptr).focusCamera();
+}
+
+void FLKSceneView::setTimeline(std::shared_ptr<FLKTimeline> timeline) {
+    timeline_ = std::move(timeline);
+    drawnTime_ = -1;
+    update();
+}
+
+void FLKSceneView::setPaused(bool paused) {
+    if (paused_ == paused) return;
+    paused_ = paused;
+    if (paused_) {
+        frameTimer_.stop();
+    } else {
+        frameTimer_.start();
+        update();
+    }
+}
+
+void FLKSceneView::setPreviewRate(unsigned fps) {
+    frameTimer_.setInterval(static_cast<int>(1000 / std::max(1u, fps)));
+    if (!paused_) frameTimer_.start();
+}
+
+void FLKSceneView::followPlayHead() {
+    if (!timeline_ || !isVisible()) return;
+    // Also while the timeline waits for frames (it stops itself then): the
+    // frame it waits for should show the moment it comes.
+    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_ || drawnBeforeVideoFrame_) update();
+}
+
+bool FLKSceneView::isVideoFramePendingAt(double time) const {
+    const auto tracks = timeline_->tracks();
+    auto track = tracks.empty() ? nullptr : std::dynamic_pointer_cast<FLKTimelineVideoTrack>(tracks.front());
+    return track && track->expectsTextureAtTime(time) && !track->hasTextureAtTime(time);
 }
 
 FLKPoint FLKSceneView::scenePointForWidgetPoint(QPointF point) const {
@@ -109,26 +153,43 @@ void FLKSceneView::paintGL() {
     FLKContext::Scope scope(*context_);
     const int pixelWidth = static_cast<int>(width() * devicePixelRatioF());
     const int pixelHeight = static_cast<int>(height() * devicePixelRatioF());
-    if (!target_->texture || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight) {
-        target_->texture = FLKGPUTexture::renderTarget(pixelWidth, pixelHeight, FLKPixelFormat::BGRA8);
-        renderer_->clearMultisampleTexture();
-    }
-    target_->drawableSize = {static_cast<double>(width()), static_cast<double>(height())};
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);
-    if (scene_ && target_->texture && renderer_->render()) {
-        // The frame's rows run top first; the widget's framebuffer is bottom-up.
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer_);
-        glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, target_->texture->name(), 0);
-        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, defaultFramebufferObject());
-        glBlitFramebuffer(0, 0, pixelWidth, pixelHeight, 0, pixelHeight, pixelWidth, 0, GL_COLOR_BUFFER_BIT,
-                          GL_NEAREST);
-        glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-    }
+    if (!paused_) renderFrame(pixelWidth, pixelHeight);
+    presentFrame(pixelWidth, pixelHeight);
     if (overlay_) {
         QPainter painter(this);
         overlay_->paint(painter, *this);
     }
+}
+
+void FLKSceneView::renderFrame(int pixelWidth, int pixelHeight) {
+    if (!target_->texture || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight) {
+        target_->texture = FLKGPUTexture::renderTarget(pixelWidth, pixelHeight, FLKPixelFormat::BGRA8);
+        renderer_->clearMultisampleTexture();
+        targetHoldsFrame_ = false;
+    }
+    target_->drawableSize = {static_cast<double>(width()), static_cast<double>(height())};
+    if (!scene_ || !target_->texture) return;
+    // Read before drawing: a frame that arrives meanwhile gets a frame of its own.
+    const double time = timeline_ ? timeline_->currentTime() : 0;
+    const bool videoPending = timeline_ && isVideoFramePendingAt(time);
+    if (!renderer_->render()) return;
+    targetHoldsFrame_ = true;
+    drawnTime_ = time;
+    drawnBeforeVideoFrame_ = videoPending;
+    ++framesDrawn_;
+}
+
+void FLKSceneView::presentFrame(int pixelWidth, int pixelHeight) {
+    if (!targetHoldsFrame_ || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight)
+        return;
+    // The frame's rows run top first; the widget's framebuffer is bottom-up.
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer_);
+    glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, target_->texture->name(), 0);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, defaultFramebufferObject());
+    glBlitFramebuffer(0, 0, pixelWidth, pixelHeight, 0, pixelHeight, pixelWidth, 0, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
 }
 
 void FLKSceneView::deliver(const FLKEvent& event) {

@@ -2,6 +2,7 @@
 
 #include <QOpenGLExtraFunctions>
 #include <QOpenGLWidget>
+#include <QTimer>
 
 #include <memory>
 
@@ -12,13 +13,16 @@ class FLKContext;
 class FLKRenderer;
 class FLKScene;
 class FLKSceneViewActionsNotifier;
+class FLKTimeline;
 struct FLKEvent;
 
 // The canvas: the core's renderer draws the scene through its main camera
 // into a texture shared with this widget's context, which is copied onto the
 // widget; the on-canvas widgets are painted over it. Input becomes the
 // editing layer's events, in scene coordinates, handed to the actions
-// notifier. A frame is drawn only when update() asks for one.
+// notifier. A frame is drawn when update() asks for one, and at the preview
+// rate while the timeline plays or the frame under the play head is still
+// on its way; never while paused.
 class FLKSceneView : public QOpenGLWidget, protected QOpenGLExtraFunctions {
     Q_OBJECT
 
@@ -40,6 +44,16 @@ public:
     // Frames the scene's background in the widget.
     void focusCamera();
 
+    // The timeline whose play head the canvas follows; none by default.
+    void setTimeline(std::shared_ptr<FLKTimeline> timeline);
+    // A paused canvas draws no frame and shows the last one it drew.
+    void setPaused(bool paused);
+    bool isPaused() const { return paused_; }
+    // Frames per second at which the play head is followed.
+    void setPreviewRate(unsigned fps);
+    // Frames the renderer drew since the canvas was made.
+    uint64_t framesDrawn() const { return framesDrawn_; }
+
 protected:
     void initializeGL() override;
     void resizeGL(int w, int h) override;
@@ -54,14 +68,26 @@ private:
     struct Target;  // the renderer's data source: the shared framebuffer texture
     void deliver(const FLKEvent& event);
     void releaseGL();
+    void followPlayHead();
+    bool isVideoFramePendingAt(double time) const;
+    void renderFrame(int pixelWidth, int pixelHeight);
+    void presentFrame(int pixelWidth, int pixelHeight);
 
     std::shared_ptr<FLKScene> scene_;
     FLKSceneViewActionsNotifier* notifier_ = nullptr;  // owned by the window's canvas view models
     std::shared_ptr<FLKCanvasOverlay> overlay_;
+    std::shared_ptr<FLKTimeline> timeline_;
+    QTimer frameTimer_;
+    bool paused_ = false;
+    // The play head and video state of the last frame drawn.
+    double drawnTime_ = -1;
+    bool drawnBeforeVideoFrame_ = false;
+    uint64_t framesDrawn_ = 0;
     // The rest is touched only with this widget's context current, on the main thread.
     std::shared_ptr<FLKContext> context_;
     std::unique_ptr<FLKRenderer> renderer_;
     std::shared_ptr<Target> target_;
+    bool targetHoldsFrame_ = false;
     unsigned int readFramebuffer_ = 0;
     QMetaObject::Connection contextDestruction_;
 };

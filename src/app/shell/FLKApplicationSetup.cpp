@@ -9,8 +9,10 @@
 #include <memory>
 
 #include "app/bridge/FLKQtMainQueue.h"
+#include "app/bridge/FLKQtRefreshSource.h"
 #include "app/bridge/FLKQtUserFeedback.h"
 #include "core/gpu/FLKContext.h"
+#include "core/platform/FLKClock.h"
 
 void FLKApplicationSetup::prepareEnvironment() {
     ::setenv("QT_XCB_GL_INTEGRATION", "xcb_egl", 0);
@@ -25,6 +27,9 @@ void FLKApplicationSetup::prepareEnvironment() {
 bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
     FLKMainQueue::setMain(std::make_shared<FLKQtMainQueue>(application));
     FLKUserFeedback::setShared(std::make_shared<FLKQtUserFeedback>(application));
+    auto clock = FLKClock::clock();
+    clock->setRefreshSource(std::make_shared<FLKQtRefreshSource>(application));
+    clock->start();
 
     QOpenGLContext* global = QOpenGLContext::globalShareContext();
     auto* egl = global ? global->nativeInterface<QNativeInterface::QEGLContext>() : nullptr;

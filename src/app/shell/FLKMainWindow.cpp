@@ -2,10 +2,14 @@
 
 #include <QAction>
 #include <QMenuBar>
+#include <QPointer>
 
 #include "app/bridge/FLKMenuItemBinding.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/shell/FLKRenderLoopController.h"
+#include "core/platform/FLKMainQueue.h"
+#include "core/timeline/FLKTimeline.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "editing/FLKActionPipeline.h"
@@ -18,6 +22,7 @@
 FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(new FLKSceneView(this)) {
     setWindowTitle("Flickwell");
     setCentralWidget(sceneView_);
+    renderLoop_ = new FLKRenderLoopController(this, sceneView_);
     buildEditMenu();
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
@@ -69,10 +74,21 @@ void FLKMainWindow::showScene() {
 void FLKMainWindow::sceneDidUpdate() {
     auto& loader = FLKSceneLoader::defaultSceneLoader();
     FLKActionPipeline::sharedPipeline().clear();
+    const auto& timeline = loader.currentTimeline();
+    if (timeline) {
+        FLKTimeline::setMasterTimeline(timeline);
+        timeline->mapScene(loader.currentScene());
+        // Queued: playing starts once everything below is wired to the scene.
+        FLKMainQueue::main()->post([weak = std::weak_ptr(timeline), renderLoop = QPointer(renderLoop_)] {
+            auto playing = weak.lock();
+            if (playing && renderLoop && !renderLoop->isPaused()) playing->play();
+        });
+    }
     // The old view models go only once the canvas no longer points at them.
     auto models = std::make_unique<FLKCanvasViewModels>(loader.currentScene(), FLKCursorManager::defaultManager());
     sceneView_->setActionsNotifier(&models->notifier());
     sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(models->framing(), models->cornering()));
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
+    sceneView_->setTimeline(timeline);
 }

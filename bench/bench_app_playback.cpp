@@ -1,0 +1,127 @@
+// The desktop program's main window playing a document, measured from the
+// inside: launch to first frame on screen, frames presented per second while
+// playing, processor use while playback is paused, and peak memory.
+// Usage: bench_app_playback DOCUMENT [play-seconds=10] [idle-seconds=10]
+#include <QApplication>
+#include <QTimer>
+
+#include <sys/resource.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "app/canvas/FLKSceneView.h"
+#include "app/shell/FLKApplicationSetup.h"
+#include "app/shell/FLKMainWindow.h"
+#include "core/model/FLKCoreServices.h"
+#include "core/model/FLKSceneLoader.h"
+#include "core/timeline/FLKTimeline.h"
+
+namespace {
+
+double monotonicSeconds(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// Seconds since this process was started by the kernel (exec included).
+double secondsSinceProcessStart() {
+    std::ifstream stat("/proc/self/stat");
+    std::string field;
+    // The command name is in parentheses and may hold spaces: skip past it.
+    std::getline(stat, field, ')');
+    for (int i = 3; i <= 22; ++i) stat >> field;
+    const double started = std::stod(field) / static_cast<double>(sysconf(_SC_CLK_TCK));
+    return monotonicSeconds(CLOCK_BOOTTIME) - started;
+}
+
+double processorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+double peakResidentMB() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s DOCUMENT [play-seconds] [idle-seconds]\n", argv[0]);
+        return 2;
+    }
+    const std::string document = argv[1];
+    const int playSeconds = argc > 2 ? std::stoi(argv[2]) : 10;
+    const int idleSeconds = argc > 3 ? std::stoi(argv[3]) : 10;
+
+    FLKApplicationSetup::prepareEnvironment();
+    QApplication application(argc, argv);
+    std::string reason;
+    if (!FLKApplicationSetup::bindCore(&application, &reason)) {
+        std::fprintf(stderr, "no OpenGL 4.5: %s\n", reason.c_str());
+        return 1;
+    }
+    int status = 0;
+    {
+        FLKMainWindow window;
+        window.resize(1280, 800);
+        window.show();
+        FLKError error;
+        if (!FLKSceneLoader::defaultSceneLoader().loadSceneFromFileURL(document, &error)) {
+            std::fprintf(stderr, "%s: %s\n", document.c_str(), error.fullMessage().c_str());
+            return 1;
+        }
+        window.showScene();
+        FLKTimeline::masterTimeline()->setLooping(true);
+
+        FLKSceneView* view = window.sceneView();
+        double firstFrame = -1;
+        long presented = 0;
+        QObject::connect(view, &QOpenGLWidget::frameSwapped, [&] {
+            if (firstFrame < 0) firstFrame = secondsSinceProcessStart();
+            ++presented;
+        });
+
+        // Two seconds to warm up (decoders started, caches filled), then the measured stretch.
+        long presentedAtStart = 0;
+        uint64_t drawnAtStart = 0;
+        double playStart = 0;
+        double playSecondsMeasured = 0;
+        double idleStart = 0;
+        QTimer::singleShot(2000, [&] {
+            presentedAtStart = presented;
+            drawnAtStart = view->framesDrawn();
+            playStart = monotonicSeconds(CLOCK_MONOTONIC);
+        });
+        QTimer::singleShot(2000 + playSeconds * 1000, [&] {
+            playSecondsMeasured = monotonicSeconds(CLOCK_MONOTONIC) - playStart;
+            const double presentedRate = static_cast<double>(presented - presentedAtStart) / playSecondsMeasured;
+            const double drawnRate = static_cast<double>(view->framesDrawn() - drawnAtStart) / playSecondsMeasured;
+            std::printf("launch to first frame:   %.2f s\n", firstFrame);
+            std::printf("frames presented:        %.1f per second while playing (%.1f drawn)\n", presentedRate,
+                        drawnRate);
+            // What Playback, Pause does; the window stays as it is.
+            FLKTimeline::masterTimeline()->pause();
+        });
+        // A second for the last frames to settle, then the idle stretch.
+        QTimer::singleShot(3000 + playSeconds * 1000, [&] { idleStart = processorSeconds(); });
+        QTimer::singleShot(3000 + (playSeconds + idleSeconds) * 1000, [&] {
+            const double used = processorSeconds() - idleStart;
+            std::printf("processor while paused:  %.2f %% of one core\n", 100.0 * used / idleSeconds);
+            std::printf("peak resident memory:    %.0f MB\n", peakResidentMB());
+            application.quit();
+        });
+        status = application.exec();
+    }
+    flk::shutdownCoreServices();
+    return status;
+}
