@@ -4,12 +4,12 @@
 #include <QApplication>
 #include <QCursor>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QWheelEvent>
 #include <QEventLoop>
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -23,7 +23,6 @@
 #include "FLKAppTestSupport.h"
 #include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKSceneView.h"
-#include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/platform/FLKMainQueue.h"
@@ -104,6 +103,7 @@ private slots:
     void aCornerDragThatWouldMakeTheQuadConcaveIsRefused();
     void draggingTheRightHandleStretchesTheScreenInOneStep();
     void eachCtrlWheelBurstIsOneUndoStep();
+    void aCtrlPinchScalesTheSelectionInOneStep();
     void hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer();
     void handlesShowDrawnResizeCursorsCentredOnTheirHotSpot();
     void deleteAndArrowKeysReachTheWidgetsAsKeyEvents();
@@ -116,6 +116,7 @@ private:
     // A pointer move with no button held. QTest would warp the X pointer and
     // leave the move to arrive whenever the server sends it.
     void hover(QPoint at);
+    void sendPinch(QPoint at, const std::vector<double>& steps, Qt::KeyboardModifiers modifiers);
     QPoint widgetPoint(FLKPoint scenePoint) const;
     void saveScreenshot(const QString& name) const;
 
@@ -195,7 +196,7 @@ void AppTests::draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt() {
     auto& pipeline = FLKActionPipeline::sharedPipeline();
     QVERIFY(!window->undoAction()->isEnabled());
 
-    // The screen lies under the device artwork, so it is picked, not clicked.
+    // Selected directly; clicking it through the device artwork is tested on its own.
     window->canvasViewModels()->selecting()->selectObject(container);
     window->editVerticesAction()->trigger();
     QCOMPARE(window->canvasViewModels()->cornering()->sprite(), std::dynamic_pointer_cast<FLKShapeEditable>(container));
@@ -325,6 +326,41 @@ void AppTests::sendWheel(QPoint at, int notches, Qt::KeyboardModifiers modifiers
                           false);
         QApplication::sendEvent(view, &wheel);
     }
+}
+
+void AppTests::sendPinch(QPoint at, const std::vector<double>& steps, Qt::KeyboardModifiers modifiers) {
+    FLKSceneView* view = window->sceneView();
+    auto send = [&](Qt::NativeGestureType type, double value) {
+        QNativeGestureEvent gesture(type, QPointingDevice::primaryPointingDevice(), 2, QPointF(at), QPointF(at),
+                                    view->mapToGlobal(QPointF(at)), value, QPointF());
+        gesture.setModifiers(modifiers);
+        QApplication::sendEvent(view, &gesture);
+    };
+    send(Qt::BeginNativeGesture, 0);
+    for (double step : steps) send(Qt::ZoomNativeGesture, step);
+    send(Qt::EndNativeGesture, 0);
+}
+
+void AppTests::aCtrlPinchScalesTheSelectionInOneStep() {
+    resetCanvas();
+    auto container = screen();
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect before = container->shape()->bounds();
+    const QPoint over = widgetPoint(before.center());
+
+    sendPinch(over, {0.2, 0.1}, Qt::NoModifier);
+    QVERIFY(container->shape()->bounds() == before);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(0));
+
+    // Each step magnifies by one plus its value, about the selection's centre.
+    sendPinch(over, {0.2, -0.1}, Qt::ControlModifier);
+    const FLKRect after = container->shape()->bounds();
+    QVERIFY(std::abs(after.size.width - before.size.width * 1.2 * 0.9) < 1e-6 * before.size.width);
+    QVERIFY(std::abs(after.center().x - before.center().x) < 1e-6);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(1));
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == before);
 }
 
 void AppTests::clickingTheDeviceScreenSelectsItThroughTheArtwork() {
@@ -557,22 +593,6 @@ void AppTests::deleteAndArrowKeysReachTheWidgetsAsKeyEvents() {
     QCOMPARE(log->up, expected);
 }
 
-int main(int argc, char** argv) {
-    // Stores under a fresh home, resources from the build.
-    QTemporaryDir home;
-    ::setenv("FLICKWELL_HOME", qPrintable(home.path()), 1);
-    ::setenv("FLICKWELL_RESOURCES", FLK_TEST_RESOURCES, 0);
-    FLKApplicationSetup::prepareEnvironment();
-    QApplication application(argc, argv);
-    QApplication::setStyle("Fusion");
-    std::string reason;
-    if (!FLKApplicationSetup::bindCore(&application, &reason)) {
-        qCritical("No OpenGL 4.5 through Qt: %s", reason.c_str());
-        return 1;
-    }
-    flk_test::pinGLDriver();
-    AppTests tests;
-    return QTest::qExec(&tests, argc, argv);
-}
+int main(int argc, char** argv) { return flk_test::runTests<AppTests>(argc, argv); }
 
 #include "FLKAppTests.moc"

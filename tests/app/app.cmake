@@ -20,3 +20,8 @@ endfunction()
 flk_add_app_test(test_app FLKAppTests.cpp)
 # Start-up: fresh installs, the launch sequence and the welcome screen.
 flk_add_app_test(test_app_startup FLKStartupTests.cpp)
+# It also runs the program itself on a driver without OpenGL 4.5, and closes
+# its alert through the X server.
+add_dependencies(test_app_startup flickwell)
+target_compile_definitions(test_app_startup PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
+target_link_libraries(test_app_startup PRIVATE xcb)

@@ -45,9 +45,11 @@ FLKWelcomeWindow::FLKWelcomeWindow(FLKUserDefaults& defaults, QWidget* parent)
     templateList_->setIconSize(kPreviewSize);
     templateList_->setMovement(QListView::Static);
     templateList_->setResizeMode(QListView::Adjust);
-    templateList_->setSpacing(12);
     templateList_->setWordWrap(true);
-    templateList_->setMinimumSize(3 * (kPreviewSize.width() + 40), kPreviewSize.height() + 80);
+    // One cell a template, wide enough for the preview and its name.
+    const QSize cell(kPreviewSize.width() + 32, kPreviewSize.height() + 48);
+    templateList_->setGridSize(cell);
+    templateList_->setMinimumSize(3 * cell.width() + 24, 2 * cell.height() + 8);
     for (const auto& aTemplate : templates_) {
         auto* item = new QListWidgetItem(QString::fromStdString(aTemplate->name()), templateList_);
         item->setTextAlignment(Qt::AlignHCenter);
