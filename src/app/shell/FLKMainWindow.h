@@ -37,7 +37,8 @@ public:
 
     // On `queue`'s timers: the panels after 0.1 s, the scene after 0.4 s,
     // then the welcome screen when `defaults` ask for it (the canvas ignoring
-    // input until it closes), otherwise the panels.
+    // input until it closes), otherwise the panels. `defaults` must outlive
+    // the window.
     void startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue);
     // Panels are the window's docks: hidden from here until showPanels.
     void setupPanels();
