@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "app/shell/FLKApplicationDelegate.h"
 #include "app/shell/FLKApplicationSetup.h"
-#include "app/shell/FLKMainWindow.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKUserDefaults.h"
 
 int main(int argc, char** argv) {
     FLKApplicationSetup::prepareEnvironment();
@@ -20,10 +22,8 @@ int main(int argc, char** argv) {
     }
     int status = 0;
     {
-        FLKMainWindow window;
-        window.resize(1280, 800);
-        window.show();
-        window.showScene();
+        FLKApplicationDelegate delegate(FLKUserDefaults::standardUserDefaults(), FLKMainQueue::main());
+        delegate.applicationDidFinishLaunching();
         status = application.exec();
     }
     // No thread of ours may outlive main(): static destructors would race it.

@@ -1,6 +1,10 @@
 #include "editing/FLKSelectionWidgetViewModel.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "core/scene/FLKInteractable.h"
+#include "core/scene/FLKVideoContainer.h"
 
 FLKSelectionWidgetViewModel::FLKSelectionWidgetViewModel(const std::shared_ptr<FLKObject>& scene,
                                                          std::shared_ptr<FLKSelection> selection)
@@ -46,13 +50,35 @@ void FLKSelectionWidgetViewModel::canvasViewDidReceiveMouseDownEvent(FLKCanvasVi
     updateWidget();
 }
 
+namespace {
+bool isHitBy(const FLKObject::Ptr& node, FLKPoint location) {
+    auto interactable = std::dynamic_pointer_cast<FLKInteractable>(node);
+    return interactable && interactable->isInteractable() && interactable->hitTest(location);
+}
+
+std::optional<FLKRect> shapeBounds(const FLKObject::Ptr& node) {
+    auto editable = std::dynamic_pointer_cast<FLKShapeEditable>(node);
+    auto shape = editable ? editable->shape() : nullptr;
+    if (!shape) return std::nullopt;
+    return shape->bounds();
+}
+}  // namespace
+
 FLKObject::Ptr FLKSelectionWidgetViewModel::interactableObjectAtLocation(const std::shared_ptr<FLKObject>& scene,
                                                                          FLKPoint location) {
     if (!scene) return nullptr;
     const auto& nodes = scene->recursiveAllChildren();
-    for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
-        auto interactable = std::dynamic_pointer_cast<FLKInteractable>(*it);
-        if (interactable && interactable->isInteractable() && interactable->hitTest(location)) return *it;
+    auto top = std::find_if(nodes.rbegin(), nodes.rend(), [&](const auto& node) { return isHitBy(node, location); });
+    if (top == nodes.rend()) return nullptr;
+    if (std::dynamic_pointer_cast<FLKVideoContainer>(*top)) return *top;
+    // A device's artwork lies over the screen it frames and lets it show
+    // through: a point on a screen that the artwork wholly surrounds picks the
+    // screen. Smaller pictures laid over a screen keep their own clicks.
+    const auto frame = shapeBounds(*top);
+    for (auto below = std::next(top); frame && below != nodes.rend(); ++below) {
+        if (!std::dynamic_pointer_cast<FLKVideoContainer>(*below) || !isHitBy(*below, location)) continue;
+        const auto screen = shapeBounds(*below);
+        if (screen && frame->containsRect(*screen)) return *below;
     }
-    return nullptr;
+    return *top;
 }

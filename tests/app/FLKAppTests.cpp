@@ -2,28 +2,28 @@
 // real GL and driven with real mouse and key events. Results are read from
 // the models and from the canvas's pixels.
 #include <QApplication>
+#include <QCursor>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QWheelEvent>
 #include <QEventLoop>
-#include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include <dlfcn.h>
-#include <link.h>
-
+#include <algorithm>
 #include <cmath>
 #include <condition_variable>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <string_view>
 #include <thread>
 
+#include "FLKAppTestSupport.h"
+#include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKAppNotifications.h"
-#include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
 #include "app/shell/FLKRenderLoopController.h"
 #include "core/exporter/FLKExportQueue.h"
@@ -36,11 +36,16 @@
 #include "core/render/FLKRenderOutput.h"
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKScene.h"
+#include "core/scene/FLKInteractable.h"
 #include "core/scene/FLKShape.h"
+#include "core/scene/FLKShapeEditable.h"
 #include "core/scene/FLKVideoContainer.h"
 #include "core/timeline/FLKTimeline.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
+#include "editing/FLKHoverWidgetViewModel.h"
+#include "editing/FLKSceneViewActionsNotifier.h"
+#include "editing/FLKSelectionEditingWidgetViewModel.h"
 #include "editing/FLKSelectionWidgetViewModel.h"
 #include "editing/FLKVertexEditingWidgetViewModel.h"
 
@@ -88,24 +93,6 @@ int distinctColours(const QImage& image, int cap) {
     return colours.size();
 }
 
-// Qt terminates its EGL display at exit, which unloads Mesa's driver before
-// LeakSanitizer looks: what the driver keeps would be reported from an
-// unknown module, out of reach of the suppressions. Keep it loaded.
-void pinGLDriver() {
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, size_t, void*) {
-            const std::string_view name = info->dlpi_name ? info->dlpi_name : "";
-            if (name.ends_with("_dri.so")) dlopen(info->dlpi_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-            return 0;
-        },
-        nullptr);
-}
-
-QString artifactPath(const QString& name) {
-    QDir().mkpath(FLK_TEST_ARTIFACTS);
-    return QDir(FLK_TEST_ARTIFACTS).filePath(name);
-}
-
 }  // namespace
 
 class AppTests : public QObject {
@@ -119,9 +106,24 @@ private slots:
     void draggingInsideTheSelectionFrameMovesTheScreenInOneStep();
     void tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder();
     void minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused();
+    void clickingTheDeviceScreenSelectsItThroughTheArtwork();
+    void aCornerDragThatWouldMakeTheQuadConcaveIsRefused();
+    void draggingTheRightHandleStretchesTheScreenInOneStep();
+    void eachCtrlWheelBurstIsOneUndoStep();
+    void aCtrlPinchScalesTheSelectionInOneStep();
+    void hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer();
+    void handlesShowDrawnResizeCursorsCentredOnTheirHotSpot();
+    void deleteAndArrowKeysReachTheWidgetsAsKeyEvents();
 
 private:
     std::shared_ptr<FLKVideoContainer> screen() const;
+    // Starts a test from a clean canvas: nothing selected, no corner editing, no history.
+    void resetCanvas();
+    void sendWheel(QPoint at, int notches, Qt::KeyboardModifiers modifiers);
+    // A pointer move with no button held. QTest would warp the X pointer and
+    // leave the move to arrive whenever the server sends it.
+    void hover(QPoint at);
+    void sendPinch(QPoint at, const std::vector<double>& steps, Qt::KeyboardModifiers modifiers);
     QPoint widgetPoint(FLKPoint scenePoint) const;
     void saveScreenshot(const QString& name) const;
 
@@ -158,7 +160,7 @@ void AppTests::saveScreenshot(const QString& name) const {
     FLKSceneView* view = window->sceneView();
     painter.drawImage(QRect(view->mapTo(window.get(), QPoint()), view->size()), view->grabFramebuffer());
     painter.end();
-    QVERIFY(shot.save(artifactPath(name)));
+    QVERIFY(shot.save(flk_test::artifactPath(name)));
 }
 
 void AppTests::firstFrameMatchesTheOffScreenRenderer() {
@@ -186,8 +188,8 @@ void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     const double decibels = psnr(canvas, capture->frame);
     qInfo("canvas against the off-screen frame: %.1f dB", decibels);
     if (decibels < 30) {
-        canvas.save(artifactPath("canvas-first-frame.png"));
-        capture->frame.save(artifactPath("offscreen-first-frame.png"));
+        canvas.save(flk_test::artifactPath("canvas-first-frame.png"));
+        capture->frame.save(flk_test::artifactPath("offscreen-first-frame.png"));
     }
     QVERIFY2(decibels >= 30, qPrintable(QString("PSNR %1 dB").arg(decibels)));
     // Two blank frames would match too: the template's gradient and device show.
@@ -201,7 +203,7 @@ void AppTests::draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt() {
     auto& pipeline = FLKActionPipeline::sharedPipeline();
     QVERIFY(!window->undoAction()->isEnabled());
 
-    // The screen lies under the device artwork, so it is picked, not clicked.
+    // Selected directly; clicking it through the device artwork is tested on its own.
     window->canvasViewModels()->selecting()->selectObject(container);
     window->editVerticesAction()->trigger();
     QCOMPARE(window->canvasViewModels()->cornering()->sprite(), std::dynamic_pointer_cast<FLKShapeEditable>(container));
@@ -379,22 +381,297 @@ void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
     timeline->setLooping(false);
 }
 
-int main(int argc, char** argv) {
-    // Stores under a fresh home, resources from the build.
-    QTemporaryDir home;
-    ::setenv("FLICKWELL_HOME", qPrintable(home.path()), 1);
-    ::setenv("FLICKWELL_RESOURCES", FLK_TEST_RESOURCES, 0);
-    FLKApplicationSetup::prepareEnvironment();
-    QApplication application(argc, argv);
-    QApplication::setStyle("Fusion");
-    std::string reason;
-    if (!FLKApplicationSetup::bindCore(&application, &reason)) {
-        qCritical("No OpenGL 4.5 through Qt: %s", reason.c_str());
-        return 1;
-    }
-    pinGLDriver();
-    AppTests tests;
-    return QTest::qExec(&tests, argc, argv);
+void AppTests::resetCanvas() {
+    auto* models = window->canvasViewModels();
+    if (models->cornering()->sprite()) window->editVerticesAction()->trigger();
+    models->selecting()->deselectAll();
+    FLKActionPipeline::sharedPipeline().clear();
+    // Park the pointer away from every widget.
+    hover(QPoint(2, 2));
 }
+
+void AppTests::hover(QPoint at) {
+    FLKSceneView* view = window->sceneView();
+    QMouseEvent move(QEvent::MouseMove, QPointF(at), view->mapToGlobal(QPointF(at)), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(view, &move);
+}
+
+void AppTests::sendWheel(QPoint at, int notches, Qt::KeyboardModifiers modifiers) {
+    FLKSceneView* view = window->sceneView();
+    const QPointF global = view->mapToGlobal(QPointF(at));
+    for (int i = 0; i < notches; ++i) {
+        QWheelEvent wheel(QPointF(at), global, QPoint(), QPoint(0, 120), Qt::NoButton, modifiers, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(view, &wheel);
+    }
+}
+
+void AppTests::sendPinch(QPoint at, const std::vector<double>& steps, Qt::KeyboardModifiers modifiers) {
+    FLKSceneView* view = window->sceneView();
+    auto send = [&](Qt::NativeGestureType type, double value) {
+        QNativeGestureEvent gesture(type, QPointingDevice::primaryPointingDevice(), 2, QPointF(at), QPointF(at),
+                                    view->mapToGlobal(QPointF(at)), value, QPointF());
+        gesture.setModifiers(modifiers);
+        QApplication::sendEvent(view, &gesture);
+    };
+    send(Qt::BeginNativeGesture, 0);
+    for (double step : steps) send(Qt::ZoomNativeGesture, step);
+    send(Qt::EndNativeGesture, 0);
+}
+
+void AppTests::aCtrlPinchScalesTheSelectionInOneStep() {
+    resetCanvas();
+    auto container = screen();
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect before = container->shape()->bounds();
+    const QPoint over = widgetPoint(before.center());
+
+    sendPinch(over, {0.2, 0.1}, Qt::NoModifier);
+    QVERIFY(container->shape()->bounds() == before);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(0));
+
+    // Each step magnifies by one plus its value, about the selection's centre.
+    sendPinch(over, {0.2, -0.1}, Qt::ControlModifier);
+    const FLKRect after = container->shape()->bounds();
+    QVERIFY(std::abs(after.size.width - before.size.width * 1.2 * 0.9) < 1e-6 * before.size.width);
+    QVERIFY(std::abs(after.center().x - before.center().x) < 1e-6);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(1));
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == before);
+}
+
+void AppTests::clickingTheDeviceScreenSelectsItThroughTheArtwork() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    auto selecting = window->canvasViewModels()->selecting();
+    const FLKRect screenBounds = container->shape()->bounds();
+    const FLKPoint middle{screenBounds.origin.x + screenBounds.size.width / 2,
+                          screenBounds.origin.y + screenBounds.size.height / 2};
+    // The artwork above the screen is what a plain top-down search finds there.
+    const auto& nodes = view->scene()->recursiveAllChildren();
+    const auto artwork = std::find_if(nodes.rbegin(), nodes.rend(), [&](const FLKObject::Ptr& node) {
+        auto interactable = std::dynamic_pointer_cast<FLKInteractable>(node);
+        return interactable && interactable->isInteractable() && interactable->hitTest(middle);
+    });
+    QVERIFY(artwork != nodes.rend());
+    QVERIFY2(*artwork != container, "the template has no artwork over its screen");
+
+    QTest::mouseClick(view, Qt::LeftButton, {}, widgetPoint(middle));
+    QCOMPARE(selecting->selectedObjects(), std::vector<FLKObject::Ptr>{container});
+
+    // Just outside the screen, on the device's rim, the artwork is clicked.
+    const auto artworkBounds = std::dynamic_pointer_cast<FLKShapeEditable>(*artwork)->shape()->bounds();
+    const FLKPoint rim{(artworkBounds.origin.x + screenBounds.origin.x) / 2, middle.y};
+    QVERIFY(!container->hitTest(rim));
+    QTest::mouseClick(view, Qt::LeftButton, {}, widgetPoint(rim));
+    QCOMPARE(selecting->selectedObjects(), std::vector<FLKObject::Ptr>{*artwork});
+    QCOMPARE(FLKActionPipeline::sharedPipeline().undoQueue().size(), size_t(0));
+}
+
+void AppTests::aCornerDragThatWouldMakeTheQuadConcaveIsRefused() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    window->editVerticesAction()->trigger();
+    QVERIFY(window->canvasViewModels()->cornering()->sprite());
+
+    const std::vector<FLKPoint> before = container->shape()->createPoints();
+    const QPoint grab = widgetPoint(before.at(2));
+    const QPoint convex = grab + QPoint(-30, -20);
+    // Beyond the diagonal through corners 1 and 3: corner 2 would fold the quad in.
+    const QPoint folded = widgetPoint(before.at(0) + (before.at(2) - before.at(0)) * 0.2);
+    QTest::mousePress(view, Qt::LeftButton, {}, grab);
+    QTest::mouseMove(view, convex);
+    QTest::mouseMove(view, folded);
+    QVERIFY(container->shape()->isConvex());
+    QTest::mouseRelease(view, Qt::LeftButton, {}, folded);
+
+    const std::vector<FLKPoint> after = container->shape()->createPoints();
+    const FLKPoint expected = before[2] + (view->scenePointForWidgetPoint(convex) - view->scenePointForWidgetPoint(grab));
+    QVERIFY(std::abs(after[2].x - expected.x) < 1e-9 && std::abs(after[2].y - expected.y) < 1e-9);
+    for (size_t i : {0, 1, 3}) QVERIFY(after[i] == before[i]);
+    // The convex part of the drag is still one step.
+    QCOMPARE(FLKActionPipeline::sharedPipeline().undoQueue().size(), size_t(1));
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->createPoints() == before);
+}
+
+void AppTests::draggingTheRightHandleStretchesTheScreenInOneStep() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect before = container->shape()->bounds();
+    const FLKPoint handle{before.origin.x + before.size.width, before.origin.y + before.size.height / 2};
+    const QPoint grab = widgetPoint(handle);
+    const QPoint release = grab + QPoint(45, 0);
+
+    hover(grab);
+    QCOMPARE(window->canvasViewModels()->framing()->currentEdge(), size_t(3));
+    QTest::mousePress(view, Qt::LeftButton, {}, grab);
+    QTest::mouseMove(view, grab + QPoint(20, 0));
+    QTest::mouseMove(view, release);
+    QTest::mouseRelease(view, Qt::LeftButton, {}, release);
+
+    const double dx = view->scenePointForWidgetPoint(release).x - view->scenePointForWidgetPoint(grab).x;
+    const FLKRect after = container->shape()->bounds();
+    QVERIFY(dx > 1);
+    QVERIFY(std::abs(after.size.width - (before.size.width + dx)) < 1e-6);
+    QVERIFY(std::abs(after.origin.x - before.origin.x) < 1e-6);
+    QVERIFY(std::abs(after.origin.y - before.origin.y) < 1e-6);
+    QVERIFY(std::abs(after.size.height - before.size.height) < 1e-6);
+    QCOMPARE(FLKActionPipeline::sharedPipeline().undoQueue().size(), size_t(1));
+    saveScreenshot("main-window-stretch.png");
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == before);
+}
+
+void AppTests::eachCtrlWheelBurstIsOneUndoStep() {
+    resetCanvas();
+    auto container = screen();
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect before = container->shape()->bounds();
+    const FLKPoint centre = before.center();
+    const QPoint over = widgetPoint(centre);
+
+    // Without Ctrl the wheel leaves the selection alone.
+    sendWheel(over, 2, Qt::NoModifier);
+    QVERIFY(container->shape()->bounds() == before);
+
+    // Three notches at once: the burst is still open until its timer fires.
+    sendWheel(over, 3, Qt::ControlModifier);
+    const FLKRect zoomed = container->shape()->bounds();
+    QVERIFY(std::abs(zoomed.size.width - before.size.width * std::pow(1.1, 3)) < 1e-6 * before.size.width);
+    QVERIFY(std::abs(zoomed.center().x - centre.x) < 1e-6 && std::abs(zoomed.center().y - centre.y) < 1e-6);
+    QCOMPARE(pipeline.undoQueue().size(), size_t(0));
+    QTRY_COMPARE(pipeline.undoQueue().size(), size_t(1));
+
+    sendWheel(over, 2, Qt::ControlModifier);
+    QTRY_COMPARE(pipeline.undoQueue().size(), size_t(2));
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == zoomed);
+    window->undoAction()->trigger();
+    QVERIFY(container->shape()->bounds() == before);
+}
+
+namespace {
+// Whether a pixel within `reach` of `at` is close to `colour` in every channel.
+bool hasColourNear(const QImage& image, QPoint at, QColor colour, int reach = 1, int tolerance = 40) {
+    for (int y = at.y() - reach; y <= at.y() + reach; ++y) {
+        for (int x = at.x() - reach; x <= at.x() + reach; ++x) {
+            if (!image.rect().contains(x, y)) continue;
+            const QColor c = image.pixelColor(x, y);
+            if (std::abs(c.red() - colour.red()) <= tolerance && std::abs(c.green() - colour.green()) <= tolerance &&
+                std::abs(c.blue() - colour.blue()) <= tolerance) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+const QColor kAccent(64, 156, 255);
+}  // namespace
+
+void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    auto* models = window->canvasViewModels();
+    const std::vector<FLKPoint> corners = container->shape()->createPoints();
+    const FLKRect bounds = container->shape()->bounds();
+
+    hover(widgetPoint(bounds.center()));
+    QCOMPARE(models->hovering()->highlightedObject(), FLKObject::Ptr(container));
+    const QImage hovered = view->grabFramebuffer();
+    const qreal ratio = hovered.devicePixelRatio();
+    auto pixel = [&](FLKPoint scenePoint) { return (view->widgetPointForScenePoint(scenePoint) * ratio).toPoint(); };
+    // The outline runs along the screen's left side.
+    const FLKPoint leftMiddle = (corners[0] + corners[3]) * 0.5;
+    QVERIFY(hasColourNear(hovered, pixel(leftMiddle), kAccent));
+    saveScreenshot("canvas-hover-highlight.png");
+    hover(QPoint(2, 2));
+    QVERIFY(!models->hovering()->highlightedObject());
+    QVERIFY(!hasColourNear(view->grabFramebuffer(), pixel(leftMiddle), kAccent));
+
+    // Over a corner in corner editing: a crosshair and a larger, white marker.
+    models->selecting()->selectObject(container);
+    window->editVerticesAction()->trigger();
+    hover(widgetPoint(corners[1]) + QPoint(2, 1));
+    QCOMPARE(models->cornering()->currentCornerIndex(), size_t(1));
+    QCOMPARE(view->cursor().shape(), Qt::CrossCursor);
+    const QImage marked = view->grabFramebuffer();
+    QVERIFY(hasColourNear(marked, pixel(corners[1]), Qt::white, 0, 10));
+    QVERIFY(hasColourNear(marked, pixel(corners[3]), kAccent, 0, 10));
+    saveScreenshot("canvas-hovered-corner.png");
+    window->editVerticesAction()->trigger();
+}
+
+void AppTests::handlesShowDrawnResizeCursorsCentredOnTheirHotSpot() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto container = screen();
+    window->canvasViewModels()->selecting()->selectObject(container);
+    const FLKRect b = container->shape()->bounds();
+    const double maxX = b.origin.x + b.size.width, maxY = b.origin.y + b.size.height;
+    const QSize side(FLKQtCursorDisplay::kCursorSide, FLKQtCursorDisplay::kCursorSide);
+    // Corners first, then sides: each handle's cursor is a drawn double arrow.
+    const FLKPoint handles[] = {{maxX, maxY}, {b.origin.x + b.size.width / 2, maxY}, {maxX, b.origin.y}, {maxX, b.center().y}};
+    QList<QImage> shapes;
+    for (const FLKPoint& handle : handles) {
+        hover(widgetPoint(handle));
+        const QCursor cursor = view->cursor();
+        QCOMPARE(cursor.shape(), Qt::BitmapCursor);
+        QCOMPARE(cursor.pixmap().deviceIndependentSize().toSize(), side);
+        QCOMPARE(cursor.hotSpot(), QPoint(side.width() / 2, side.height() / 2));
+        shapes << cursor.pixmap().toImage();
+    }
+    // Four directions, four different pictures.
+    for (int i = 0; i < shapes.size(); ++i)
+        for (int j = i + 1; j < shapes.size(); ++j) QVERIFY(shapes[i] != shapes[j]);
+    hover(widgetPoint(b.center()));
+    QCOMPARE(view->cursor().shape(), Qt::OpenHandCursor);
+
+    // Drawn at the device-pixel ratio: at 2 a crisp 48-pixel image, black
+    // through the middle, clear at the corners.
+    const QPixmap sharp = FLKQtCursorDisplay::cursorPixmap("CursorUpLeftDownRight", 2);
+    QCOMPARE(sharp.size(), side * 2);
+    QCOMPARE(sharp.devicePixelRatio(), 2.0);
+    const QImage image = sharp.toImage();
+    QCOMPARE(image.pixelColor(24, 24), QColor(Qt::black));
+    QCOMPARE(image.pixelColor(47, 0).alpha(), 0);
+    QVERIFY(image.pixelColor(8, 8).alpha() > 0);  // the up-left head
+    QVERIFY(sharp.save(flk_test::artifactPath("cursor-up-left-down-right@2x.png")));
+    QVERIFY(FLKQtCursorDisplay::cursorPixmap("CursorLeftRight", 1).save(flk_test::artifactPath("cursor-left-right.png")));
+    QVERIFY(FLKQtCursorDisplay::cursorPixmap("NoSuchCursor", 1).isNull());
+}
+
+namespace {
+class KeyLog : public FLKCanvasEventObserver {
+public:
+    void canvasViewDidReceiveKeyDownEvent(FLKCanvasView*, const FLKEvent& event) override { down.push_back(event.keyCode); }
+    void canvasViewDidReceiveKeyUpEvent(FLKCanvasView*, const FLKEvent& event) override { up.push_back(event.keyCode); }
+    std::vector<uint16_t> down, up;
+};
+}  // namespace
+
+void AppTests::deleteAndArrowKeysReachTheWidgetsAsKeyEvents() {
+    resetCanvas();
+    FLKSceneView* view = window->sceneView();
+    auto log = std::make_shared<KeyLog>();
+    window->canvasViewModels()->notifier().addObserver(log);
+    for (Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Down, Qt::Key_Up, Qt::Key_Delete, Qt::Key_Backspace, Qt::Key_A})
+        QTest::keyClick(view, key);
+    window->canvasViewModels()->notifier().removeObserver(log);
+    const std::vector<uint16_t> expected{123, 124, 125, 126, 117, 51};
+    QCOMPARE(log->down, expected);
+    QCOMPARE(log->up, expected);
+}
+
+int main(int argc, char** argv) { return flk_test::runTests<AppTests>(argc, argv); }
 
 #include "FLKAppTests.moc"

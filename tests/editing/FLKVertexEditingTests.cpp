@@ -5,6 +5,7 @@
 #include "core/scene/FLKPlane.h"
 #include "core/scene/FLKQuad.h"
 #include "core/scene/FLKSprite.h"
+#include "core/scene/FLKTexturedSprite.h"
 #include "core/scene/FLKVideoContainer.h"
 #include "core/scene/FLKVideoSprite.h"
 #include "editing/FLKActionPipeline.h"
@@ -141,3 +142,31 @@ TEST(FLKSceneViewModelTest, ToggleVertexEditingAndRotateNeedOneSelectedObject) {
 }
 
 }  // namespace
+
+TEST(FLKSelectionWidgetViewModelTest, AScreenFramedByArtworkIsPickedThroughItButAPictureOnTopIsNot) {
+    auto scene = std::make_shared<FLKObject>();
+    auto screen = FLKVideoContainer::videoContainerWithFrame({20, 20, 60, 120});
+    // Added later: drawn over the screen, as a device's artwork is.
+    auto artwork = std::make_shared<FLKTexturedSprite>();
+    artwork->setShape(FLKQuad::quadWithFrame({0, 0, 100, 160}));
+    auto badge = std::make_shared<FLKTexturedSprite>();
+    badge->setShape(FLKQuad::quadWithFrame({30, 30, 10, 10}));
+    scene->addChild(screen);
+    scene->addChild(artwork);
+    scene->addChild(badge);
+    ASSERT_LT(screen->zOrder(), artwork->zOrder());
+
+    EXPECT_EQ(FLKSelectionWidgetViewModel::interactableObjectAtLocation(scene, {50, 100}), screen);
+    EXPECT_EQ(FLKSelectionWidgetViewModel::interactableObjectAtLocation(scene, {5, 5}), artwork);
+    EXPECT_EQ(FLKSelectionWidgetViewModel::interactableObjectAtLocation(scene, {35, 35}), badge);
+    EXPECT_EQ(FLKSelectionWidgetViewModel::interactableObjectAtLocation(scene, {150, 5}), nullptr);
+
+    // Artwork that only overlaps the screen covers it.
+    artwork->setShape(FLKQuad::quadWithFrame({40, 0, 100, 160}));
+    EXPECT_EQ(FLKSelectionWidgetViewModel::interactableObjectAtLocation(scene, {50, 100}), artwork);
+
+    auto hover = std::make_shared<FLKHoverWidgetViewModel>(scene);
+    artwork->setShape(FLKQuad::quadWithFrame({0, 0, 100, 160}));
+    hover->canvasViewDidReceiveMouseMovedEvent(nullptr, mouse(FLKEventType::mouseMoved, {50, 100}));
+    EXPECT_EQ(hover->highlightedObject(), screen);
+}

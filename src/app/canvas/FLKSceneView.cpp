@@ -2,7 +2,9 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -192,11 +194,24 @@ void FLKSceneView::presentFrame(int pixelWidth, int pixelHeight) {
     glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
 }
 
+void FLKSceneView::setUserInteractionEnabled(bool enabled) {
+    if (userInteractionEnabled_ == enabled) return;
+    userInteractionEnabled_ = enabled;
+    // Whatever the pointer hovered before is stale either way.
+    if (notifier_) notifier_->canvasViewDidReceiveEvent(nullptr, FLKEvent::mouseEvent(FLKEventType::mouseExited, {}));
+    update();
+}
+
 void FLKSceneView::deliver(const FLKEvent& event) {
-    if (!notifier_) return;
+    if (!notifier_ || !userInteractionEnabled_) return;
     notifier_->canvasViewDidReceiveEvent(nullptr, event);
     // Any gesture may have changed the model or the widgets.
     update();
+}
+
+void FLKSceneView::deliverAt(FLKEvent event, QPointF widgetPoint) {
+    event.sceneLocation = scenePointForWidgetPoint(widgetPoint);
+    deliver(event);
 }
 
 void FLKSceneView::mousePressEvent(QMouseEvent* event) {
@@ -218,15 +233,50 @@ void FLKSceneView::mouseReleaseEvent(QMouseEvent* event) {
                                  flk::modifierFlags(event->modifiers())));
 }
 
+void FLKSceneView::enterEvent(QEnterEvent* event) {
+    deliver(FLKEvent::mouseEvent(FLKEventType::mouseEntered, scenePointForWidgetPoint(event->position()),
+                                 flk::modifierFlags(event->modifiers())));
+    QOpenGLWidget::enterEvent(event);
+}
+
+void FLKSceneView::leaveEvent(QEvent* event) {
+    deliverAt(FLKEvent::mouseEvent(FLKEventType::mouseExited, {}), mapFromGlobal(QCursor::pos()));
+    QOpenGLWidget::leaveEvent(event);
+}
+
+void FLKSceneView::wheelEvent(QWheelEvent* event) {
+    deliverAt(flk::scrollWheelEvent(*event), event->position());
+    event->accept();
+}
+
+bool FLKSceneView::event(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture) {
+        auto* gesture = static_cast<QNativeGestureEvent*>(event);
+        if (auto magnify = flk::magnifyEvent(*gesture)) {
+            deliverAt(*magnify, gesture->position());
+            return true;
+        }
+    }
+    return QOpenGLWidget::event(event);
+}
+
 void FLKSceneView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
-        if (notifier_) notifier_->canvasViewDidReceiveCancelOperation(nullptr);
+        if (notifier_ && userInteractionEnabled_) notifier_->canvasViewDidReceiveCancelOperation(nullptr);
         update();
         return;
     }
-    if (auto keyEvent = flk::deletionKeyEvent(*event)) {
-        deliver(*keyEvent);
+    if (auto keyEvent = flk::canvasKeyEvent(*event, FLKEventType::keyDown)) {
+        deliverAt(*keyEvent, mapFromGlobal(QCursor::pos()));
         return;
     }
     QOpenGLWidget::keyPressEvent(event);
+}
+
+void FLKSceneView::keyReleaseEvent(QKeyEvent* event) {
+    if (auto keyEvent = flk::canvasKeyEvent(*event, FLKEventType::keyUp)) {
+        deliverAt(*keyEvent, mapFromGlobal(QCursor::pos()));
+        return;
+    }
+    QOpenGLWidget::keyReleaseEvent(event);
 }

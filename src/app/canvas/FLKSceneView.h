@@ -36,6 +36,9 @@ public:
     // Events go nowhere while none is set.
     void setActionsNotifier(FLKSceneViewActionsNotifier* notifier) { notifier_ = notifier; }
     void setOverlay(std::shared_ptr<FLKCanvasOverlay> overlay);
+    // While disabled (the welcome screen is up) input reaches no widget.
+    bool isUserInteractionEnabled() const { return userInteractionEnabled_; }
+    void setUserInteractionEnabled(bool enabled);
 
     // The scene point under a point of the widget.
     FLKPoint scenePointForWidgetPoint(QPointF point) const;
@@ -62,11 +65,19 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    // The touchpad's pinch arrives as a native zoom gesture.
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
 
 private:
     struct Target;  // the renderer's data source: the shared framebuffer texture
     void deliver(const FLKEvent& event);
+    // With the scene point under a point of the widget filled in.
+    void deliverAt(FLKEvent event, QPointF widgetPoint);
     void releaseGL();
     void followPlayHead();
     bool isVideoFramePendingAt(double time) const;
@@ -75,6 +86,7 @@ private:
 
     std::shared_ptr<FLKScene> scene_;
     FLKSceneViewActionsNotifier* notifier_ = nullptr;  // owned by the window's canvas view models
+    bool userInteractionEnabled_ = true;
     std::shared_ptr<FLKCanvasOverlay> overlay_;
     std::shared_ptr<FLKTimeline> timeline_;
     QTimer frameTimer_;

@@ -1,16 +1,20 @@
 #include "app/shell/FLKMainWindow.h"
 
 #include <QAction>
+#include <QDockWidget>
 #include <QMenuBar>
 #include <QPointer>
 
 #include "app/bridge/FLKMenuItemBinding.h"
+#include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKRenderLoopController.h"
-#include "core/platform/FLKMainQueue.h"
+#include "app/shell/FLKWelcomeWindow.h"
 #include "core/timeline/FLKTimeline.h"
 #include "core/model/FLKSceneLoader.h"
+#include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKUserDefaultsKeys.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
@@ -23,6 +27,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     setWindowTitle("Flickwell");
     setCentralWidget(sceneView_);
     renderLoop_ = new FLKRenderLoopController(this, sceneView_);
+    FLKCursorManager::defaultManager()->setDisplay(std::make_shared<FLKQtCursorDisplay>(sceneView_));
     buildEditMenu();
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
@@ -31,6 +36,8 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
 }
 
 FLKMainWindow::~FLKMainWindow() {
+    // The shared cursor manager outlives this window and its pixmaps must not outlive Qt.
+    FLKCursorManager::defaultManager()->setDisplay(nullptr);
     sceneView_->setActionsNotifier(nullptr);
     sceneView_->setOverlay(nullptr);
 }
@@ -87,8 +94,59 @@ void FLKMainWindow::sceneDidUpdate() {
     // The old view models go only once the canvas no longer points at them.
     auto models = std::make_unique<FLKCanvasViewModels>(loader.currentScene(), FLKCursorManager::defaultManager());
     sceneView_->setActionsNotifier(&models->notifier());
-    sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(models->framing(), models->cornering()));
+    sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(*models));
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
     sceneView_->setTimeline(timeline);
+}
+
+void FLKMainWindow::startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue) {
+    // The window may be closed before the timers fire.
+    QPointer<FLKMainWindow> self(this);
+    queue->postAfter(0.1, [self] {
+        if (self) self->setupPanels();
+    });
+    // Weak: the queue holds this task until it runs.
+    queue->postAfter(0.4, [self, &defaults, weakQueue = std::weak_ptr<FLKMainQueue>(queue)] {
+        auto queue = weakQueue.lock();
+        if (!self || !queue) return;
+        self->showScene();
+        // Queued behind the scene's own work, so the welcome screen comes up over a drawn canvas.
+        queue->post([self, &defaults] {
+            if (!self) return;
+            if (flk::shouldShowWelcomeScreen(defaults)) {
+                self->enableUserInteraction(false);
+                self->showWelcomeScreen(defaults);
+            } else {
+                self->enableUserInteraction(true);
+                self->showPanels();
+            }
+        });
+    });
+}
+
+void FLKMainWindow::setupPanels() {
+    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->hide();
+}
+
+void FLKMainWindow::showPanels() {
+    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->show();
+}
+
+void FLKMainWindow::enableUserInteraction(bool enabled) { sceneView_->setUserInteractionEnabled(enabled); }
+
+void FLKMainWindow::showWelcomeScreen(FLKUserDefaults& defaults) {
+    if (welcomeWindow_) {
+        welcomeWindow_->raise();
+        welcomeWindow_->activateWindow();
+        return;
+    }
+    welcomeWindow_ = new FLKWelcomeWindow(defaults, this);
+    connect(welcomeWindow_, &QDialog::finished, this, &FLKMainWindow::welcomeWindowDidClose);
+    welcomeWindow_->show();
+}
+
+void FLKMainWindow::welcomeWindowDidClose() {
+    enableUserInteraction(true);
+    showPanels();
 }

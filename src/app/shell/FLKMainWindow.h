@@ -1,21 +1,26 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <memory>
 
+#include "app/shell/FLKWelcomeWindow.h"
 #include "core/platform/FLKNotificationCenter.h"
 
 class FLKCanvasViewModels;
+class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKSceneView;
+class FLKUserDefaults;
 class QAction;
 
 // The one main window: the canvas, and the Edit menu bound to the action
 // pipeline. Shows the first built-in template at start and every scene the
 // scene loader loads later, with a fresh undo history each time; the loaded
 // timeline becomes the master timeline, feeds the scene's video and starts
-// playing.
+// playing. At launch it brings up its panels, then the scene, then the
+// welcome screen.
 class FLKMainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -34,9 +39,23 @@ public:
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
 
+    // On `queue`'s timers: the panels after 0.1 s, the scene after 0.4 s,
+    // then the welcome screen when `defaults` ask for it (the canvas ignoring
+    // input until it closes), otherwise the panels. `defaults` must outlive
+    // the window.
+    void startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue);
+    // Panels are the window's docks: hidden from here until showPanels.
+    void setupPanels();
+    void showPanels();
+    void showWelcomeScreen(FLKUserDefaults& defaults);
+    // The open welcome screen, or null.
+    FLKWelcomeWindow* welcomeWindow() const { return welcomeWindow_; }
+    void enableUserInteraction(bool enabled);
+
 private:
     void buildEditMenu();
     void sceneDidUpdate();
+    void welcomeWindowDidClose();
 
     FLKSceneView* sceneView_ = nullptr;
     FLKRenderLoopController* renderLoop_ = nullptr;
@@ -44,5 +63,6 @@ private:
     QAction* redoAction_ = nullptr;
     QAction* editVerticesAction_ = nullptr;
     std::unique_ptr<FLKCanvasViewModels> canvasViewModels_;
+    QPointer<FLKWelcomeWindow> welcomeWindow_;
     FLKObservation sceneLoadObservation_;
 };
