@@ -309,6 +309,10 @@ void AppTests::tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder() {
     QCOMPARE(ran.size(), size_t(4));
 }
 
+int colourDistance(const QColor& a, const QColor& b) {
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
+}
+
 // Counts one notification by name for as long as it lives.
 class NotificationCounter {
 public:
@@ -329,6 +333,8 @@ void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
     QCOMPARE(timeline, FLKSceneLoader::defaultSceneLoader().currentTimeline());
     QVERIFY(!loop->isPaused());
     QVERIFY(!view->isPaused());
+    const QPoint screenCentre = widgetPoint(screen()->shape()->bounds().center());
+    const QColor emptyScreen = view->grabFramebuffer().pixelColor(screenCentre);
     // A looping clip keeps the timeline playing for as long as the loop runs.
     QTemporaryDir media;
     const std::string recording = media.filePath("recording.mp4").toStdString();
@@ -340,6 +346,9 @@ void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
     timeline->setLooping(true);
     timeline->play();
     QTRY_VERIFY(timeline->isPlaying());
+    // The recording's frames show on the screen, not the empty screen's background.
+    QTRY_VERIFY(colourDistance(view->grabFramebuffer().pixelColor(screenCentre), emptyScreen) > 40);
+    saveScreenshot("main-window-playing.png");
     NotificationCounter pauses(FLKAppWillWillPauseNotification);
     NotificationCounter resumes(FLKAppDidUnPauseNotification);
 

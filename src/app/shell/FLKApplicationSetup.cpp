@@ -12,6 +12,7 @@
 #include "app/bridge/FLKQtRefreshSource.h"
 #include "app/bridge/FLKQtUserFeedback.h"
 #include "core/gpu/FLKContext.h"
+#include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKClock.h"
 
 void FLKApplicationSetup::prepareEnvironment() {
@@ -25,6 +26,7 @@ void FLKApplicationSetup::prepareEnvironment() {
 }
 
 bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
+    flk::installCoreServices();
     FLKMainQueue::setMain(std::make_shared<FLKQtMainQueue>(application));
     FLKUserFeedback::setShared(std::make_shared<FLKQtUserFeedback>(application));
     auto clock = FLKClock::clock();
