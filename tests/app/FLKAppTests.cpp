@@ -21,6 +21,7 @@
 #include <string_view>
 #include <thread>
 
+#include "FLKAppTestSupport.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
@@ -38,69 +39,10 @@
 #include "editing/FLKSelectionWidgetViewModel.h"
 #include "editing/FLKVertexEditingWidgetViewModel.h"
 
-namespace {
-
-// The one frame an off-screen renderer hands over, as an image.
-class FrameCapture : public FLKRenderOutput {
-public:
-    void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
-        // Premultiplied colour with its alpha ignored: the frame as the opaque
-        // canvas shows it, over black.
-        QImage image(buffer.bgra.data(), buffer.width, buffer.height, buffer.stride, QImage::Format_RGB32);
-        frame = image.copy();
-    }
-    QImage frame;  // written on the render thread before waitUntilFinished() returns
-};
-
-// Peak signal-to-noise ratio of the colour channels, in dB.
-double psnr(const QImage& a, const QImage& b) {
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    double squares = 0;
-    for (int row = 0; row < x.height(); ++row) {
-        const auto* p = reinterpret_cast<const QRgb*>(x.constScanLine(row));
-        const auto* q = reinterpret_cast<const QRgb*>(y.constScanLine(row));
-        for (int col = 0; col < x.width(); ++col) {
-            const double dr = qRed(p[col]) - qRed(q[col]);
-            const double dg = qGreen(p[col]) - qGreen(q[col]);
-            const double db = qBlue(p[col]) - qBlue(q[col]);
-            squares += dr * dr + dg * dg + db * db;
-        }
-    }
-    const double mean = squares / (3.0 * x.width() * x.height());
-    return mean == 0 ? INFINITY : 10 * std::log10(255.0 * 255.0 / mean);
-}
-
-// How many distinct colours, up to a cap: a blank frame has one or two.
-int distinctColours(const QImage& image, int cap) {
-    QSet<QRgb> colours;
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    for (int row = 0; row < rgb.height() && colours.size() < cap; row += 7) {
-        const auto* p = reinterpret_cast<const QRgb*>(rgb.constScanLine(row));
-        for (int col = 0; col < rgb.width() && colours.size() < cap; col += 7) colours.insert(p[col]);
-    }
-    return colours.size();
-}
-
-// Qt terminates its EGL display at exit, which unloads Mesa's driver before
-// LeakSanitizer looks: what the driver keeps would be reported from an
-// unknown module, out of reach of the suppressions. Keep it loaded.
-void pinGLDriver() {
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, size_t, void*) {
-            const std::string_view name = info->dlpi_name ? info->dlpi_name : "";
-            if (name.ends_with("_dri.so")) dlopen(info->dlpi_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-            return 0;
-        },
-        nullptr);
-}
-
-QString artifactPath(const QString& name) {
-    QDir().mkpath(FLK_TEST_ARTIFACTS);
-    return QDir(FLK_TEST_ARTIFACTS).filePath(name);
-}
-
-}  // namespace
+using flktest::artifactPath;
+using flktest::distinctColours;
+using flktest::FrameCapture;
+using flktest::psnr;
 
 class AppTests : public QObject {
     Q_OBJECT
@@ -300,22 +242,6 @@ void AppTests::tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder() {
     QCOMPARE(ran.size(), size_t(4));
 }
 
-int main(int argc, char** argv) {
-    // Stores under a fresh home, resources from the build.
-    QTemporaryDir home;
-    ::setenv("FLICKWELL_HOME", qPrintable(home.path()), 1);
-    ::setenv("FLICKWELL_RESOURCES", FLK_TEST_RESOURCES, 0);
-    FLKApplicationSetup::prepareEnvironment();
-    QApplication application(argc, argv);
-    QApplication::setStyle("Fusion");
-    std::string reason;
-    if (!FLKApplicationSetup::bindCore(&application, &reason)) {
-        qCritical("No OpenGL 4.5 through Qt: %s", reason.c_str());
-        return 1;
-    }
-    pinGLDriver();
-    AppTests tests;
-    return QTest::qExec(&tests, argc, argv);
-}
+int main(int argc, char** argv) { return flktest::runAppTests<AppTests>(argc, argv); }
 
 #include "FLKAppTests.moc"

@@ -2,14 +2,20 @@
 # GL (llvmpipe), real mouse and key events.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
 find_program(FLK_XVFB_RUN xvfb-run REQUIRED)
-add_executable(test_app ${CMAKE_CURRENT_LIST_DIR}/FLKAppTests.cpp)
-set_target_properties(test_app PROPERTIES AUTOMOC ON)
-target_link_libraries(test_app PRIVATE flk_app Qt6::Test)
-add_dependencies(test_app flk_content)
-target_compile_definitions(test_app PRIVATE FLK_TEST_ARTIFACTS="${CMAKE_SOURCE_DIR}/build/test-artifacts"
-  FLK_TEST_RESOURCES="${CMAKE_BINARY_DIR}/share/flickwell")
-add_test(NAME test_app COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:test_app>)
-# EGL picks its platform from Qt's display here; LeakSanitizer ignores only
-# what Mesa, Qt and fontconfig keep until exit.
-set_tests_properties(test_app PROPERTIES TIMEOUT 300 ENVIRONMENT
-  "FLICKWELL_RESOURCES=${CMAKE_BINARY_DIR}/share/flickwell;QT_QPA_PLATFORM=xcb;SDL_AUDIODRIVER=dummy;LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_LIST_DIR}/lsan-third-party.supp:print_suppressions=0")
+
+function(flk_add_app_test name source)
+  add_executable(${name} ${CMAKE_CURRENT_LIST_DIR}/${source})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  target_link_libraries(${name} PRIVATE flk_app Qt6::Test)
+  add_dependencies(${name} flk_content)
+  target_compile_definitions(${name} PRIVATE FLK_TEST_ARTIFACTS="${CMAKE_SOURCE_DIR}/build/test-artifacts"
+    FLK_TEST_RESOURCES="${CMAKE_BINARY_DIR}/share/flickwell")
+  add_test(NAME ${name} COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:${name}>)
+  # EGL picks its platform from Qt's display here; LeakSanitizer ignores only
+  # what Mesa, Qt and fontconfig keep until exit.
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+    "FLICKWELL_RESOURCES=${CMAKE_BINARY_DIR}/share/flickwell;QT_QPA_PLATFORM=xcb;SDL_AUDIODRIVER=dummy;LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_LIST_DIR}/lsan-third-party.supp:print_suppressions=0")
+endfunction()
+
+flk_add_app_test(test_app FLKAppTests.cpp)
+flk_add_app_test(test_app_timeline_panel FLKTimelinePanelTests.cpp)

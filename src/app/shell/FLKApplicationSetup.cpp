@@ -11,6 +11,7 @@
 #include "app/bridge/FLKQtMainQueue.h"
 #include "app/bridge/FLKQtUserFeedback.h"
 #include "core/gpu/FLKContext.h"
+#include "core/model/FLKCoreServices.h"
 
 void FLKApplicationSetup::prepareEnvironment() {
     ::setenv("QT_XCB_GL_INTEGRATION", "xcb_egl", 0);
@@ -25,6 +26,9 @@ void FLKApplicationSetup::prepareEnvironment() {
 bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
     FLKMainQueue::setMain(std::make_shared<FLKQtMainQueue>(application));
     FLKUserFeedback::setShared(std::make_shared<FLKQtUserFeedback>(application));
+    // Before any track is made: tracks decode their clips through the
+    // buffer managers installed here.
+    flk::installCoreServices();
 
     QOpenGLContext* global = QOpenGLContext::globalShareContext();
     auto* egl = global ? global->nativeInterface<QNativeInterface::QEGLContext>() : nullptr;

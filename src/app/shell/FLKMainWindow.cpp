@@ -1,12 +1,16 @@
 #include "app/shell/FLKMainWindow.h"
 
 #include <QAction>
+#include <QDockWidget>
 #include <QMenuBar>
 
 #include "app/bridge/FLKMenuItemBinding.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/timeline/FLKTimelinePanel.h"
 #include "core/model/FLKSceneLoader.h"
+#include "core/model/FLKSceneQuery.h"
+#include "core/timeline/FLKTimeline.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
@@ -14,11 +18,13 @@
 #include "editing/FLKEditRedoMenuItemViewModel.h"
 #include "editing/FLKEditUndoMenuItemViewModel.h"
 #include "editing/FLKSceneViewModel.h"
+#include "editing/FLKTimelinePanelViewModel.h"
 
 FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(new FLKSceneView(this)) {
     setWindowTitle("Flickwell");
     setCentralWidget(sceneView_);
     buildEditMenu();
+    buildTimelineDock();
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
         center, center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr,
@@ -26,6 +32,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
 }
 
 FLKMainWindow::~FLKMainWindow() {
+    timelinePanel_->setViewModel(nullptr);
     sceneView_->setActionsNotifier(nullptr);
     sceneView_->setOverlay(nullptr);
 }
@@ -58,6 +65,17 @@ void FLKMainWindow::buildEditMenu() {
     });
 }
 
+void FLKMainWindow::buildTimelineDock() {
+    timelineDock_ = new QDockWidget("Timeline", this);
+    timelineDock_->setObjectName("timelineDock");  // names the dock in a saved window layout
+    timelineDock_->setAllowedAreas(Qt::BottomDockWidgetArea | Qt::TopDockWidgetArea);
+    timelinePanel_ = new FLKTimelinePanel(timelineDock_);
+    timelineDock_->setWidget(timelinePanel_);
+    addDockWidget(Qt::BottomDockWidgetArea, timelineDock_);
+    // Until the canvas draws on its own refresh, the timeline asks for its frames.
+    connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
+}
+
 void FLKMainWindow::showScene() {
     auto& loader = FLKSceneLoader::defaultSceneLoader();
     if (loader.currentScene()) return sceneDidUpdate();
@@ -75,4 +93,13 @@ void FLKMainWindow::sceneDidUpdate() {
     sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(models->framing(), models->cornering()));
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
+
+    auto timeline = loader.currentTimeline();
+    if (timeline) {
+        FLKTimeline::setMasterTimeline(timeline);
+        timeline->mapScene(loader.currentScene());
+    }
+    timelinePanel_->setViewModel(timeline ? std::make_shared<FLKTimelinePanelViewModel>(
+                                                timeline, std::make_shared<FLKSceneQuery>(loader.currentScene()))
+                                          : nullptr);
 }

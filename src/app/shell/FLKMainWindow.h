@@ -8,10 +8,12 @@
 
 class FLKCanvasViewModels;
 class FLKSceneView;
+class FLKTimelinePanel;
 class QAction;
+class QDockWidget;
 
-// The one main window: the canvas, and the Edit menu bound to the action
-// pipeline. Shows the first built-in template at start and every scene the
+// The one main window: the canvas, the timeline docked below it, and the
+// Edit menu bound to the action pipeline. Shows the first built-in template at start and every scene the
 // scene loader loads later, with a fresh undo history each time.
 class FLKMainWindow : public QMainWindow {
     Q_OBJECT
@@ -21,6 +23,8 @@ public:
     ~FLKMainWindow() override;
 
     FLKSceneView* sceneView() const { return sceneView_; }
+    FLKTimelinePanel* timelinePanel() const { return timelinePanel_; }
+    QDockWidget* timelineDock() const { return timelineDock_; }
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
     QAction* undoAction() const { return undoAction_; }
@@ -32,9 +36,12 @@ public:
 
 private:
     void buildEditMenu();
+    void buildTimelineDock();
     void sceneDidUpdate();
 
     FLKSceneView* sceneView_ = nullptr;
+    FLKTimelinePanel* timelinePanel_ = nullptr;
+    QDockWidget* timelineDock_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QAction* editVerticesAction_ = nullptr;
