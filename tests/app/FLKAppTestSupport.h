@@ -6,6 +6,9 @@
 #include <QApplication>
 #include <QDir>
 #include <QImage>
+#include <QOpenGLWidget>
+#include <QPainter>
+#include <QPixmap>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
@@ -69,6 +72,17 @@ inline int distinctColours(const QImage& image, int cap) {
 inline QString artifactPath(const QString& name) {
     QDir().mkpath(FLK_TEST_ARTIFACTS);
     return QDir(FLK_TEST_ARTIFACTS).filePath(name);
+}
+
+// The main window as the user sees it, saved under build/test-artifacts.
+// The window's grab is drawn without the canvas's current frame; the
+// canvas's own grab draws it, so it goes on top.
+inline bool saveScreenshot(QWidget& window, QOpenGLWidget& canvas, const QString& name) {
+    QPixmap shot = window.grab();
+    QPainter painter(&shot);
+    painter.drawImage(QRect(canvas.mapTo(&window, QPoint()), canvas.size()), canvas.grabFramebuffer());
+    painter.end();
+    return shot.save(artifactPath(name));
 }
 
 // Qt terminates its EGL display at exit, which unloads Mesa's driver before

@@ -58,7 +58,6 @@ private slots:
 private:
     std::shared_ptr<FLKVideoContainer> screen() const;
     QPoint widgetPoint(FLKPoint scenePoint) const;
-    void saveScreenshot(const QString& name) const;
 
     std::unique_ptr<FLKMainWindow> window;
 };
@@ -85,17 +84,6 @@ QPoint AppTests::widgetPoint(FLKPoint scenePoint) const {
     return window->sceneView()->widgetPointForScenePoint(scenePoint).toPoint();
 }
 
-// The window grabbed as it is composed holds the canvas's last presented
-// frame; the canvas's own grab draws the current one, so it goes on top.
-void AppTests::saveScreenshot(const QString& name) const {
-    QPixmap shot = window->grab();
-    QPainter painter(&shot);
-    FLKSceneView* view = window->sceneView();
-    painter.drawImage(QRect(view->mapTo(window.get(), QPoint()), view->size()), view->grabFramebuffer());
-    painter.end();
-    QVERIFY(shot.save(artifactPath(name)));
-}
-
 void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     auto selected = FLKTemplateManager::defaultManager().selectedTemplate();
     QVERIFY(selected);
@@ -117,7 +105,7 @@ void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     QVERIFY(!renderer->failure());
     QCOMPARE(capture->frame.size(), canvas.size());
 
-    saveScreenshot("main-window.png");
+    QVERIFY(flktest::saveScreenshot(*window, *window->sceneView(), "main-window.png"));
     const double decibels = psnr(canvas, capture->frame);
     qInfo("canvas against the off-screen frame: %.1f dB", decibels);
     if (decibels < 30) {
@@ -165,7 +153,7 @@ void AppTests::draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt() {
     QCOMPARE(pipeline.undoQueue().size(), size_t(1));
     QVERIFY(window->undoAction()->isEnabled());
     QCOMPARE(window->undoAction()->text(), QString("Undo"));
-    saveScreenshot("main-window-corner-drag.png");
+    QVERIFY(flktest::saveScreenshot(*window, *window->sceneView(), "main-window-corner-drag.png"));
 
     QTest::keyClick(view, Qt::Key_Z, Qt::ControlModifier);
     QVERIFY(container->shape()->createPoints() == before);
@@ -205,7 +193,7 @@ void AppTests::draggingInsideTheSelectionFrameMovesTheScreenInOneStep() {
     QVERIFY(after.size == before.size);
     QCOMPARE(pipeline.undoQueue().size(), size_t(1));
     QCOMPARE(window->canvasViewModels()->selecting()->selectedObjects(), std::vector<FLKObject::Ptr>{container});
-    saveScreenshot("main-window-selection.png");
+    QVERIFY(flktest::saveScreenshot(*window, *window->sceneView(), "main-window-selection.png"));
 
     window->undoAction()->trigger();
     QVERIFY(container->shape()->bounds() == before);

@@ -73,6 +73,12 @@ QString rulerLabel(double seconds, double step) {
     return QString("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QChar('0'));
 }
 
+// "0:20.0": minutes, seconds and tenths.
+QString clipLength(double seconds) {
+    const auto tenths = static_cast<long>(std::lround(seconds * 10));
+    return QString("%1:%2.%3").arg(tenths / 600).arg(tenths / 10 % 60, 2, 10, QChar('0')).arg(tenths % 10);
+}
+
 bool isTransition(const FLKTimelineClipViewModel& cell) { return cell.clip()->type() == FLKTimelineClip::kTransition; }
 bool isVideo(const FLKTimelineClipViewModel& cell) { return cell.clip()->type() == FLKTimelineClip::kVideo; }
 }  // namespace
@@ -316,17 +322,17 @@ void FLKTimelineView::paintCell(QPainter& painter, const FLKTimelineClipViewMode
             }
         }
     }
-    // The file's name on a dark strip, readable over any picture.
+    // The clip's length on a dark strip, readable over any picture. (Files
+    // in a document's media carry generated names, of no use here.)
     const QRectF strip(box.left(), box.bottom() - 18, box.width(), 18);
     painter.fillRect(strip, QColor(0, 0, 0, 140));
     painter.setPen(Qt::white);
     QFont font = painter.font();
     font.setPointSizeF(8);
     painter.setFont(font);
-    const QString name = video ? QString::fromStdString(video->assetURL().filename().string())
-                               : QString::fromStdString(cell.clip()->name());
     painter.drawText(strip.adjusted(6, 0, -6, 0), Qt::AlignVCenter | Qt::AlignLeft,
-                     painter.fontMetrics().elidedText(name, Qt::ElideMiddle, static_cast<int>(strip.width() - 12)));
+                     painter.fontMetrics().elidedText(clipLength(cell.clip()->duration()), Qt::ElideRight,
+                                                      static_cast<int>(strip.width() - 12)));
     painter.restore();
 
     painter.setBrush(Qt::NoBrush);
