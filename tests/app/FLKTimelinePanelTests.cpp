@@ -44,7 +44,7 @@ using flktest::psnr;
 
 namespace {
 // The middle of the first row of cells.
-constexpr int kRowY = static_cast<int>(FLKTimelineView::kRulerHeight + 6 + 40);
+constexpr int kRowY = static_cast<int>(FLKTimelineView::kTopInset + 40);
 
 std::vector<std::string> identifiers(const FLKTimelineTrack& track) {
     std::vector<std::string> ids;
@@ -86,7 +86,9 @@ private:
     FLKTimelineView* view() const { return window->timelinePanel()->timelineView(); }
     FLKTimelinePanelViewModel& panel() const { return *window->timelinePanel()->viewModel(); }
     std::shared_ptr<FLKTimeline> timeline() const { return panel().timeline(); }
-    std::shared_ptr<FLKTimelineVideoTrack> track() const { return panel().draggableTrackViewModelAtIndex(0)->videoTrack(); }
+    std::shared_ptr<FLKTimelineVideoTrack> track() const {
+        return panel().draggableTrackViewModelAtIndex(0)->videoTrack();
+    }
     QScrollBar* horizontalBar() const { return window->timelinePanel()->scrollArea()->horizontalScrollBar(); }
     void scrollTo(int x) const { window->timelinePanel()->scrollArea()->ensureVisible(x, kRowY, 60, 0); }
 

@@ -22,8 +22,10 @@ FLKTimelinePanel::FLKTimelinePanel(QWidget* parent)
     scrollArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     scrollArea_->setWidget(view_);
     layout->addWidget(scrollArea_);
-    const int rowsHeight = static_cast<int>(FLKTimelineView::kRulerHeight + 6 + 80 + 10);
-    setMinimumHeight(rowsHeight + scrollArea_->horizontalScrollBar()->sizeHint().height());
+    // One row of cells and the scroll bar under it.
+    const double rowHeight =
+        FLKTimelineView::kTopInset + FLKTimelineClipViewModel::kCellHeight + FLKTimelineView::kBottomInset;
+    setMinimumHeight(static_cast<int>(rowHeight) + scrollArea_->horizontalScrollBar()->sizeHint().height());
 
     refreshTimer_.setTimerType(Qt::PreciseTimer);
     connect(&refreshTimer_, &QTimer::timeout, this, &FLKTimelinePanel::refresh);

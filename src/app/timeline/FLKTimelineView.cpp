@@ -29,8 +29,6 @@
 #include "editing/FLKTimelinePanelViewModel.h"
 
 namespace {
-constexpr double kTopInset = FLKTimelineView::kRulerHeight + 6;
-constexpr double kBottomInset = 10;
 // Room after the last clip to drop another one.
 constexpr double kRightInset = 40;
 constexpr double kCellHeight = FLKTimelineClipViewModel::kCellHeight;
@@ -184,6 +182,10 @@ void FLKTimelineView::relayout() {
     resize(static_cast<int>(std::ceil(content.width * zoom_)), std::max(viewport.height(), static_cast<int>(height)));
 
     std::vector<std::shared_ptr<FLKVideoClip>> clips;
+    // The clip being dragged is out of its row meanwhile but keeps its pictures.
+    if (gesture_ == Gesture::draggingClip) {
+        if (auto video = std::dynamic_pointer_cast<FLKVideoClip>(pressedViewModel_->clip())) clips.push_back(video);
+    }
     for (const auto& row : viewModel_->trackViewModels()) {
         for (const auto& cell : row->clipViewModels()) {
             if (auto video = std::dynamic_pointer_cast<FLKVideoClip>(cell->clip())) clips.push_back(video);
@@ -614,9 +616,12 @@ void FLKTimelineView::addMovieFile(const std::filesystem::path& url) {
     } else if (!asset.hasVideo() || !(asset.duration() > 0)) {
         problem = url.string() + " holds no video.";
     }
-    if (!problem.empty()) return FLKUserFeedback::shared().presentError(FLKError::make(kErrorDomain, 1, description, problem));
+    if (!problem.empty()) {
+        return FLKUserFeedback::shared().presentError(FLKError::make(kErrorDomain, 1, description, problem));
+    }
     auto viewModel = viewModel_;
-    FLKTimelineClipFactory factory([viewModel](const std::filesystem::path& copy) { viewModel->loadVideoClipWithURL(copy); });
+    FLKTimelineClipFactory factory(
+        [viewModel](const std::filesystem::path& copy) { viewModel->loadVideoClipWithURL(copy); });
     FLKError error;
     if (!factory.makeClip(url, &error)) FLKUserFeedback::shared().presentError(error);
 }

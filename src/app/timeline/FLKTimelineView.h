@@ -33,6 +33,9 @@ class FLKTimelineView : public QWidget {
 
 public:
     static constexpr double kRulerHeight = 24;
+    // Above the first row and below the last.
+    static constexpr double kTopInset = kRulerHeight + 6;
+    static constexpr double kBottomInset = 10;
     static constexpr double kRowGap = 8;
     static constexpr double kMinimumZoom = 0.05;
     static constexpr double kMaximumZoom = 8;
