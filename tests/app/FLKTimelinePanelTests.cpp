@@ -74,6 +74,7 @@ class TimelinePanelTests : public QObject {
 private slots:
     void initTestCase();
     void cleanupTestCase();
+    void cleanup();
     void pickingAPositionMovesThePlayHeadExceptAtTheStart();
     void droppedVideoFilesBecomeClipsWithThumbnails();
     void clickingOnTheClipShowsThatMomentsFrame();
@@ -98,6 +99,10 @@ private:
     void drop(const std::vector<std::filesystem::path>& files, bool* accepted);
 
     std::unique_ptr<FLKMainWindow> window;
+    // The last canvas compared and what it should have shown, written side
+    // by side when the comparison fails.
+    QImage comparedCanvas;
+    QImage expectedCanvas;
     QTemporaryDir media;
     std::filesystem::path longRecording;
     std::filesystem::path shortRecording;
@@ -131,6 +136,18 @@ void TimelinePanelTests::initTestCase() {
     // The scene's screen shows the editor's timeline.
     QCOMPARE(FLKTimeline::masterTimeline(), timeline());
     QCOMPARE(panel().trackViewModels().size(), size_t(1));
+}
+
+void TimelinePanelTests::cleanup() {
+    if (QTest::currentTestFailed() && !comparedCanvas.isNull()) {
+        QImage pair(comparedCanvas.width() + expectedCanvas.width(), comparedCanvas.height(), QImage::Format_RGB32);
+        QPainter painter(&pair);
+        painter.drawImage(0, 0, comparedCanvas);
+        painter.drawImage(comparedCanvas.width(), 0, expectedCanvas);
+        painter.end();
+        pair.save(artifactPath(QString("timeline-canvas-vs-expected-%1.png").arg(QTest::currentTestFunction())));
+    }
+    comparedCanvas = expectedCanvas = QImage();
 }
 
 void TimelinePanelTests::cleanupTestCase() {
@@ -303,7 +320,12 @@ void TimelinePanelTests::clickingOnTheClipShowsThatMomentsFrame() {
         // Decoding happens off the main thread; the canvas draws the frame
         // once it is there, without waiting on it.
         double decibels = 0;
-        QTRY_VERIFY_WITH_TIMEOUT((decibels = psnr(canvasAsShown().copy(screen), expected.copy(screen))) >= 30, 1000);
+        expectedCanvas = expected;
+        auto shown = [&] {
+            comparedCanvas = canvasAsShown();
+            return decibels = psnr(comparedCanvas.copy(screen), expected.copy(screen));
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(shown() >= 30, 1000);
         qInfo("canvas at %.1f s against the off-screen frame: %.1f dB", moment, decibels);
     }
     QVERIFY(FLKActionPipeline::sharedPipeline().undoQueue().size() == 1);  // the drop only
