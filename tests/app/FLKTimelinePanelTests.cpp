@@ -398,6 +398,13 @@ void TimelinePanelTests::contextMenuCommandsEditTheClipUnderThePointer() {
     window->undoAction()->trigger();
     QCOMPARE(track()->serialized().dump(), start);
 
+    // Trimming on the left keeps the part after the play head, at the start.
+    menuAction(*view()->contextMenuAt(onShort), "Trim Left")->trigger();
+    QCOMPARE(track()->videoClips()[0]->clipRange(), (FLKTimeRange{3, shortEnd}));
+    QCOMPARE(ranges(*track())[0], (FLKTimeRange{0, shortEnd - 3}));
+    window->undoAction()->trigger();
+    QCOMPARE(track()->serialized().dump(), start);
+
     // The play head is not inside the long clip: nothing there to trim.
     {
         auto menu = view()->contextMenuAt(onLong);
