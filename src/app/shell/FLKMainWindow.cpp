@@ -10,8 +10,8 @@
 #include "app/timeline/FLKTimelinePanel.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/model/FLKSceneQuery.h"
-#include "core/timeline/FLKTimeline.h"
 #include "core/platform/FLKUserFeedback.h"
+#include "core/timeline/FLKTimeline.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
 #include "editing/FLKCursorManager.h"
@@ -94,6 +94,7 @@ void FLKMainWindow::sceneDidUpdate() {
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
 
+    // The document's timeline is the one the clock plays and the screen shows.
     auto timeline = loader.currentTimeline();
     if (timeline) {
         FLKTimeline::setMasterTimeline(timeline);

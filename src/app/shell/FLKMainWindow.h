@@ -13,8 +13,9 @@ class QAction;
 class QDockWidget;
 
 // The one main window: the canvas, the timeline docked below it, and the
-// Edit menu bound to the action pipeline. Shows the first built-in template at start and every scene the
-// scene loader loads later, with a fresh undo history each time.
+// Edit menu bound to the action pipeline. Shows the first built-in template
+// at start and every scene the scene loader loads later, with a fresh undo
+// history each time.
 class FLKMainWindow : public QMainWindow {
     Q_OBJECT
 
