@@ -49,51 +49,10 @@
 #include "editing/FLKSelectionWidgetViewModel.h"
 #include "editing/FLKVertexEditingWidgetViewModel.h"
 
-namespace {
-
-// The one frame an off-screen renderer hands over, as an image.
-class FrameCapture : public FLKRenderOutput {
-public:
-    void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& buffer) override {
-        // Premultiplied colour with its alpha ignored: the frame as the opaque
-        // canvas shows it, over black.
-        QImage image(buffer.bgra.data(), buffer.width, buffer.height, buffer.stride, QImage::Format_RGB32);
-        frame = image.copy();
-    }
-    QImage frame;  // written on the render thread before waitUntilFinished() returns
-};
-
-// Peak signal-to-noise ratio of the colour channels, in dB.
-double psnr(const QImage& a, const QImage& b) {
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    double squares = 0;
-    for (int row = 0; row < x.height(); ++row) {
-        const auto* p = reinterpret_cast<const QRgb*>(x.constScanLine(row));
-        const auto* q = reinterpret_cast<const QRgb*>(y.constScanLine(row));
-        for (int col = 0; col < x.width(); ++col) {
-            const double dr = qRed(p[col]) - qRed(q[col]);
-            const double dg = qGreen(p[col]) - qGreen(q[col]);
-            const double db = qBlue(p[col]) - qBlue(q[col]);
-            squares += dr * dr + dg * dg + db * db;
-        }
-    }
-    const double mean = squares / (3.0 * x.width() * x.height());
-    return mean == 0 ? INFINITY : 10 * std::log10(255.0 * 255.0 / mean);
-}
-
-// How many distinct colours, up to a cap: a blank frame has one or two.
-int distinctColours(const QImage& image, int cap) {
-    QSet<QRgb> colours;
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    for (int row = 0; row < rgb.height() && colours.size() < cap; row += 7) {
-        const auto* p = reinterpret_cast<const QRgb*>(rgb.constScanLine(row));
-        for (int col = 0; col < rgb.width() && colours.size() < cap; col += 7) colours.insert(p[col]);
-    }
-    return colours.size();
-}
-
-}  // namespace
+using flk_test::artifactPath;
+using flk_test::distinctColours;
+using flk_test::FrameCapture;
+using flk_test::psnr;
 
 class AppTests : public QObject {
     Q_OBJECT
@@ -125,7 +84,6 @@ private:
     void hover(QPoint at);
     void sendPinch(QPoint at, const std::vector<double>& steps, Qt::KeyboardModifiers modifiers);
     QPoint widgetPoint(FLKPoint scenePoint) const;
-    void saveScreenshot(const QString& name) const;
 
     std::unique_ptr<FLKMainWindow> window;
 };
@@ -152,17 +110,6 @@ QPoint AppTests::widgetPoint(FLKPoint scenePoint) const {
     return window->sceneView()->widgetPointForScenePoint(scenePoint).toPoint();
 }
 
-// The window grabbed as it is composed holds the canvas's last presented
-// frame; the canvas's own grab draws the current one, so it goes on top.
-void AppTests::saveScreenshot(const QString& name) const {
-    QPixmap shot = window->grab();
-    QPainter painter(&shot);
-    FLKSceneView* view = window->sceneView();
-    painter.drawImage(QRect(view->mapTo(window.get(), QPoint()), view->size()), view->grabFramebuffer());
-    painter.end();
-    QVERIFY(shot.save(flk_test::artifactPath(name)));
-}
-
 void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     auto selected = FLKTemplateManager::defaultManager().selectedTemplate();
     QVERIFY(selected);
@@ -184,7 +131,7 @@ void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     QVERIFY(!renderer->failure());
     QCOMPARE(capture->frame.size(), canvas.size());
 
-    saveScreenshot("main-window.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "main-window.png"));
     const double decibels = psnr(canvas, capture->frame);
     qInfo("canvas against the off-screen frame: %.1f dB", decibels);
     if (decibels < 30) {
@@ -232,7 +179,7 @@ void AppTests::draggingAScreenCornerMovesOnlyThatCornerAndUndoRedoRestoreIt() {
     QCOMPARE(pipeline.undoQueue().size(), size_t(1));
     QVERIFY(window->undoAction()->isEnabled());
     QCOMPARE(window->undoAction()->text(), QString("Undo"));
-    saveScreenshot("main-window-corner-drag.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "main-window-corner-drag.png"));
 
     QTest::keyClick(view, Qt::Key_Z, Qt::ControlModifier);
     QVERIFY(container->shape()->createPoints() == before);
@@ -272,7 +219,7 @@ void AppTests::draggingInsideTheSelectionFrameMovesTheScreenInOneStep() {
     QVERIFY(after.size == before.size);
     QCOMPARE(pipeline.undoQueue().size(), size_t(1));
     QCOMPARE(window->canvasViewModels()->selecting()->selectedObjects(), std::vector<FLKObject::Ptr>{container});
-    saveScreenshot("main-window-selection.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "main-window-selection.png"));
 
     window->undoAction()->trigger();
     QVERIFY(container->shape()->bounds() == before);
@@ -348,7 +295,7 @@ void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
     QTRY_VERIFY(timeline->isPlaying());
     // The recording's frames show on the screen, not the empty screen's background.
     QTRY_VERIFY(colourDistance(view->grabFramebuffer().pixelColor(screenCentre), emptyScreen) > 40);
-    saveScreenshot("main-window-playing.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "main-window-playing.png"));
     NotificationCounter pauses(FLKAppWillWillPauseNotification);
     NotificationCounter resumes(FLKAppDidUnPauseNotification);
 
@@ -534,7 +481,7 @@ void AppTests::draggingTheRightHandleStretchesTheScreenInOneStep() {
     QVERIFY(std::abs(after.origin.y - before.origin.y) < 1e-6);
     QVERIFY(std::abs(after.size.height - before.size.height) < 1e-6);
     QCOMPARE(FLKActionPipeline::sharedPipeline().undoQueue().size(), size_t(1));
-    saveScreenshot("main-window-stretch.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "main-window-stretch.png"));
     window->undoAction()->trigger();
     QVERIFY(container->shape()->bounds() == before);
 }
@@ -602,7 +549,7 @@ void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
     // The outline runs along the screen's left side.
     const FLKPoint leftMiddle = (corners[0] + corners[3]) * 0.5;
     QVERIFY(hasColourNear(hovered, pixel(leftMiddle), kAccent));
-    saveScreenshot("canvas-hover-highlight.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "canvas-hover-highlight.png"));
     hover(QPoint(2, 2));
     QVERIFY(!models->hovering()->highlightedObject());
     QVERIFY(!hasColourNear(view->grabFramebuffer(), pixel(leftMiddle), kAccent));
@@ -616,7 +563,7 @@ void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
     const QImage marked = view->grabFramebuffer();
     QVERIFY(hasColourNear(marked, pixel(corners[1]), Qt::white, 0, 10));
     QVERIFY(hasColourNear(marked, pixel(corners[3]), kAccent, 0, 10));
-    saveScreenshot("canvas-hovered-corner.png");
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "canvas-hovered-corner.png"));
     window->editVerticesAction()->trigger();
 }
 

@@ -25,3 +25,5 @@ flk_add_app_test(test_app_startup FLKStartupTests.cpp)
 add_dependencies(test_app_startup flickwell)
 target_compile_definitions(test_app_startup PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
 target_link_libraries(test_app_startup PRIVATE xcb)
+# The timeline panel under the canvas.
+flk_add_app_test(test_app_timeline_panel FLKTimelinePanelTests.cpp)

@@ -99,9 +99,11 @@ void FLKSceneView::setPreviewRate(unsigned fps) {
 
 void FLKSceneView::followPlayHead() {
     if (!timeline_ || !isVisible()) return;
-    // Also while the timeline waits for frames (it stops itself then): the
-    // frame it waits for should show the moment it comes.
-    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_ || drawnBeforeVideoFrame_) update();
+    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) return update();
+    // A still play head whose frame was not decoded yet (the timeline also
+    // stops itself while it waits): drawing again before the frame is there
+    // would only take the processor from the decoder.
+    if (drawnBeforeVideoFrame_ && !isVideoFramePendingAt(drawnTime_)) update();
 }
 
 bool FLKSceneView::isVideoFramePendingAt(double time) const {

@@ -11,17 +11,20 @@
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKRenderLoopController.h"
 #include "app/shell/FLKWelcomeWindow.h"
-#include "core/timeline/FLKTimeline.h"
+#include "app/timeline/FLKTimelinePanel.h"
 #include "core/model/FLKSceneLoader.h"
+#include "core/model/FLKSceneQuery.h"
 #include "core/platform/FLKMainQueue.h"
 #include "core/platform/FLKUserDefaultsKeys.h"
 #include "core/platform/FLKUserFeedback.h"
+#include "core/timeline/FLKTimeline.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
 #include "editing/FLKCursorManager.h"
 #include "editing/FLKEditRedoMenuItemViewModel.h"
 #include "editing/FLKEditUndoMenuItemViewModel.h"
 #include "editing/FLKSceneViewModel.h"
+#include "editing/FLKTimelinePanelViewModel.h"
 
 FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(new FLKSceneView(this)) {
     setWindowTitle("Flickwell");
@@ -29,6 +32,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     renderLoop_ = new FLKRenderLoopController(this, sceneView_);
     FLKCursorManager::defaultManager()->setDisplay(std::make_shared<FLKQtCursorDisplay>(sceneView_));
     buildEditMenu();
+    buildTimelineDock();
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
         center, center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr,
@@ -38,6 +42,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
 FLKMainWindow::~FLKMainWindow() {
     // The shared cursor manager outlives this window and its pixmaps must not outlive Qt.
     FLKCursorManager::defaultManager()->setDisplay(nullptr);
+    timelinePanel_->setViewModel(nullptr);
     sceneView_->setActionsNotifier(nullptr);
     sceneView_->setOverlay(nullptr);
 }
@@ -70,6 +75,18 @@ void FLKMainWindow::buildEditMenu() {
     });
 }
 
+void FLKMainWindow::buildTimelineDock() {
+    timelineDock_ = new QDockWidget("Timeline", this);
+    timelineDock_->setObjectName("timelineDock");  // names the dock in a saved window layout
+    timelineDock_->setAllowedAreas(Qt::BottomDockWidgetArea | Qt::TopDockWidgetArea);
+    timelinePanel_ = new FLKTimelinePanel(timelineDock_);
+    timelineDock_->setWidget(timelinePanel_);
+    addDockWidget(Qt::BottomDockWidgetArea, timelineDock_);
+    // The canvas follows the play head itself; edits in the panel change the
+    // picture without moving it.
+    connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
+}
+
 void FLKMainWindow::showScene() {
     auto& loader = FLKSceneLoader::defaultSceneLoader();
     if (loader.currentScene()) return sceneDidUpdate();
@@ -98,6 +115,9 @@ void FLKMainWindow::sceneDidUpdate() {
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
     sceneView_->setTimeline(timeline);
+    timelinePanel_->setViewModel(timeline ? std::make_shared<FLKTimelinePanelViewModel>(
+                                                timeline, std::make_shared<FLKSceneQuery>(loader.currentScene()))
+                                          : nullptr);
 }
 
 void FLKMainWindow::startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue) {

@@ -13,7 +13,9 @@ class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKSceneView;
 class FLKUserDefaults;
+class FLKTimelinePanel;
 class QAction;
+class QDockWidget;
 
 // The one main window: the canvas, and the Edit menu bound to the action
 // pipeline. Shows the first built-in template at start and every scene the
@@ -29,6 +31,8 @@ public:
     ~FLKMainWindow() override;
 
     FLKSceneView* sceneView() const { return sceneView_; }
+    FLKTimelinePanel* timelinePanel() const { return timelinePanel_; }
+    QDockWidget* timelineDock() const { return timelineDock_; }
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
     QAction* undoAction() const { return undoAction_; }
@@ -54,11 +58,14 @@ public:
 
 private:
     void buildEditMenu();
+    void buildTimelineDock();
     void sceneDidUpdate();
     void welcomeWindowDidClose();
 
     FLKSceneView* sceneView_ = nullptr;
     FLKRenderLoopController* renderLoop_ = nullptr;
+    FLKTimelinePanel* timelinePanel_ = nullptr;
+    QDockWidget* timelineDock_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QAction* editVerticesAction_ = nullptr;

@@ -84,9 +84,11 @@ void FLKRenderLoopController::apply() {
     if (pause) {
         center.post(FLKAppWillWillPauseNotification);
         sceneView_->setPaused(true);
+        // Coming back resumes what was playing, not what the user had paused.
+        resumesPlayback_ = timeline->isPlaying();
         timeline->pause();
     } else {
-        timeline->play();
+        if (resumesPlayback_) timeline->play();
         sceneView_->setPaused(false);
         center.post(FLKAppDidUnPauseNotification);
     }

@@ -39,6 +39,7 @@ private:
     bool wasActive_ = false;
     bool exporting_ = false;
     bool paused_ = false;
+    bool resumesPlayback_ = false;  // the master timeline played when the loop paused
     FLKObservation exportStart_;
     FLKObservation exportFinish_;
     FLKObservation performanceLevel_;

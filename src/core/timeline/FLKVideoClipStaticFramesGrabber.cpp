@@ -16,7 +16,12 @@ FLKVideoClipStaticFramesGrabber::FLKVideoClipStaticFramesGrabber(std::shared_ptr
     : videoClip_(std::move(videoClip)),
       queue_(FLKDispatchQueue::make("org.flickwell.Flickwell.FLKVideoClipStaticFramesGrabber.queue")) {}
 
-FLKVideoClipStaticFramesGrabber::~FLKVideoClipStaticFramesGrabber() = default;
+// Waits for the picture being made, if any: the rest are not made once the
+// owner let go, and none of the grabber's work outlives it.
+FLKVideoClipStaticFramesGrabber::~FLKVideoClipStaticFramesGrabber() {
+    abandoned_.store(true);
+    queue_->sync([] {});
+}
 
 FLKSize FLKVideoClipStaticFramesGrabber::maxSizeForImageSize(FLKSize imageSize, FLKSize timelineSize) {
     const float width = std::ceil(static_cast<float>(timelineSize.height / imageSize.height * imageSize.width));
@@ -50,9 +55,9 @@ void FLKVideoClipStaticFramesGrabber::grabFramesFromTime(double start, double en
     double time = start;
     for (uint64_t i = 0; i < count; ++i, time += step) times.push_back(timeWithTimescale(time, timescale));
 
-    std::weak_ptr<FLKVideoClipStaticFramesGrabber> weakSelf = weak_from_this();
-    queue_->async([weakSelf, times = std::move(times), thumbnail, frameHandler = std::move(frameHandler)] {
-        if (auto self = weakSelf.lock()) self->generateImages(times, thumbnail, frameHandler);
+    // The destructor waits for the queue, so the block may use this grabber.
+    queue_->async([this, times = std::move(times), thumbnail, frameHandler = std::move(frameHandler)] {
+        generateImages(times, thumbnail, frameHandler);
     });
 }
 
@@ -60,16 +65,20 @@ void FLKVideoClipStaticFramesGrabber::generateImages(const std::vector<double>& 
                                                      const FrameHandler& frameHandler) {
     if (!imageGenerator_) imageGenerator_ = std::make_unique<FLKAssetImageGenerator>(videoClip_->asset());
     imageGenerator_->setMaximumSize(maximumSize);
-    imageGenerator_->generateImagesForTimes(
-        times, [this, &frameHandler](double, const FLKImage* image, double actualTime, const FLKError*) {
-            auto picture = image ? std::make_shared<const FLKImage>(*image) : nullptr;
-            auto frame = FLKVideoClipStaticFrame::staticFrameWithImage(std::move(picture), actualTime);
-            {
-                std::lock_guard lock(mutex_);
-                grabbedFrames_.push_back(frame);
-            }
-            FLKMainQueue::main()->post([frameHandler, frame] { frameHandler(frame); });
-        });
+    auto deliver = [this, &frameHandler](double, const FLKImage* image, double actualTime, const FLKError*) {
+        auto picture = image ? std::make_shared<const FLKImage>(*image) : nullptr;
+        auto frame = FLKVideoClipStaticFrame::staticFrameWithImage(std::move(picture), actualTime);
+        {
+            std::lock_guard lock(mutex_);
+            grabbedFrames_.push_back(frame);
+        }
+        FLKMainQueue::main()->post([frameHandler, frame] { frameHandler(frame); });
+    };
+    // One at a time, so that a grabber let go of stops after the current one.
+    for (double time : times) {
+        if (abandoned_.load()) return;
+        imageGenerator_->generateImagesForTimes({time}, deliver);
+    }
 }
 
 FLKVideoClipStaticFramesGrabber::Frames FLKVideoClipStaticFramesGrabber::grabbedFramesFromTime(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -17,7 +18,8 @@ class FLKDispatchQueue;
 //
 // Threads: called on the main thread; images are made on the grabber's own
 // queue, where they join the cache (guarded by mutex_); the handler of
-// generated frames runs on the main queue.
+// generated frames runs on the main queue. Destroying the grabber waits for
+// the image being made and drops the rest.
 class FLKVideoClipStaticFramesGrabber : public std::enable_shared_from_this<FLKVideoClipStaticFramesGrabber> {
 public:
     using Frames = std::vector<std::shared_ptr<FLKVideoClipStaticFrame>>;
@@ -44,6 +46,7 @@ private:
     const std::shared_ptr<FLKVideoClip> videoClip_;
     const std::shared_ptr<FLKDispatchQueue> queue_;
     std::unique_ptr<FLKAssetImageGenerator> imageGenerator_;  // grabber queue only; made on first use
+    std::atomic<bool> abandoned_{false};  // set by the destructor, read on the grabber queue
     mutable std::mutex mutex_;
     Frames grabbedFrames_;  // guarded by mutex_; in order of arrival
 };
