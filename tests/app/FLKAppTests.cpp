@@ -10,9 +10,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <dlfcn.h>
-#include <link.h>
-
 #include <cmath>
 #include <condition_variable>
 #include <cstdlib>
@@ -21,6 +18,7 @@
 #include <string_view>
 #include <thread>
 
+#include "FLKAppTestSupport.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKApplicationSetup.h"
 #include "app/shell/FLKMainWindow.h"
@@ -80,19 +78,6 @@ int distinctColours(const QImage& image, int cap) {
         for (int col = 0; col < rgb.width() && colours.size() < cap; col += 7) colours.insert(p[col]);
     }
     return colours.size();
-}
-
-// Qt terminates its EGL display at exit, which unloads Mesa's driver before
-// LeakSanitizer looks: what the driver keeps would be reported from an
-// unknown module, out of reach of the suppressions. Keep it loaded.
-void pinGLDriver() {
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, size_t, void*) {
-            const std::string_view name = info->dlpi_name ? info->dlpi_name : "";
-            if (name.ends_with("_dri.so")) dlopen(info->dlpi_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-            return 0;
-        },
-        nullptr);
 }
 
 QString artifactPath(const QString& name) {
@@ -300,22 +285,6 @@ void AppTests::tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder() {
     QCOMPARE(ran.size(), size_t(4));
 }
 
-int main(int argc, char** argv) {
-    // Stores under a fresh home, resources from the build.
-    QTemporaryDir home;
-    ::setenv("FLICKWELL_HOME", qPrintable(home.path()), 1);
-    ::setenv("FLICKWELL_RESOURCES", FLK_TEST_RESOURCES, 0);
-    FLKApplicationSetup::prepareEnvironment();
-    QApplication application(argc, argv);
-    QApplication::setStyle("Fusion");
-    std::string reason;
-    if (!FLKApplicationSetup::bindCore(&application, &reason)) {
-        qCritical("No OpenGL 4.5 through Qt: %s", reason.c_str());
-        return 1;
-    }
-    pinGLDriver();
-    AppTests tests;
-    return QTest::qExec(&tests, argc, argv);
-}
+int main(int argc, char** argv) { return flktest::runApplicationTests<AppTests>(argc, argv); }
 
 #include "FLKAppTests.moc"

@@ -2,16 +2,21 @@
 
 #include <QMainWindow>
 
+#include <QStringList>
+
 #include <memory>
 
 #include "core/platform/FLKNotificationCenter.h"
 
 class FLKCanvasViewModels;
+class FLKDocumentController;
+class FLKFileHandler;
+class FLKMainMenu;
 class FLKSceneView;
 class QAction;
 
-// The one main window: the canvas, and the Edit menu bound to the action
-// pipeline. Shows the first built-in template at start and every scene the
+// The one main window: the canvas, the menus and the document they work on.
+// Closing it asks to save unsaved changes and quits. Shows the first built-in template at start and every scene the
 // scene loader loads later, with a fresh undo history each time.
 class FLKMainWindow : public QMainWindow {
     Q_OBJECT
@@ -23,21 +28,29 @@ public:
     FLKSceneView* sceneView() const { return sceneView_; }
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
-    QAction* undoAction() const { return undoAction_; }
-    QAction* redoAction() const { return redoAction_; }
-    QAction* editVerticesAction() const { return editVerticesAction_; }
+    QAction* undoAction() const;
+    QAction* redoAction() const;
+    QAction* editVerticesAction() const;
+    FLKDocumentController* documentController() const { return documents_; }
+    FLKFileHandler& fileHandler() const { return *fileHandler_; }
+    FLKMainMenu* mainMenu() const { return mainMenu_; }
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
 
+    // Raises the window and takes files another start handed over.
+    void openHandedFiles(const QStringList& files);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
-    void buildEditMenu();
     void sceneDidUpdate();
 
     FLKSceneView* sceneView_ = nullptr;
-    QAction* undoAction_ = nullptr;
-    QAction* redoAction_ = nullptr;
-    QAction* editVerticesAction_ = nullptr;
+    FLKDocumentController* documents_ = nullptr;
+    std::unique_ptr<FLKFileHandler> fileHandler_;
+    FLKMainMenu* mainMenu_ = nullptr;
     std::unique_ptr<FLKCanvasViewModels> canvasViewModels_;
     FLKObservation sceneLoadObservation_;
 };
