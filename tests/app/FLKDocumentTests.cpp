@@ -8,6 +8,8 @@
 #include <QDropEvent>
 #include <QFile>
 #include <QImage>
+#include <QInputDialog>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
@@ -112,6 +114,29 @@ void answerNextQuestion(QMessageBox::StandardButton button, QString* asked) {
     poll->start();
 }
 
+// Fills in and accepts the next text question.
+void answerNextTextQuestion(const QString& text) {
+    auto* poll = new QTimer;
+    poll->setInterval(0);
+    QObject::connect(poll, &QTimer::timeout, [poll, text] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        if (!dialog) return;
+        poll->deleteLater();
+        dialog->setTextValue(text);
+        dialog->accept();
+    });
+    poll->start();
+}
+
+// The menu's items as it shows them when opened.
+QAction* itemNamed(QMenu* menu, const QString& text) {
+    emit menu->aboutToShow();
+    for (QAction* action : menu->actions()) {
+        if (action->text() == text) return action;
+    }
+    return nullptr;
+}
+
 QString lastLine(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return {};
@@ -136,6 +161,7 @@ private slots:
     void dropsOfEachKindChangeTheDocument();
     void unusableDropsGetAMessageAndChangeNothing();
     void laterStartHandsItsFilesToTheRunningProgram();
+    void savedTemplatesAndRecentDocumentsAreOfferedInTheFileMenu();
     void menusLeaveBreadcrumbs();
     void viewAndPlaybackItemsDriveTheCameraAndTimeline();
     void autosaveSurvivesAKillAndIsOfferedAtTheNextStart();
@@ -423,6 +449,38 @@ void DocumentTests::laterStartHandsItsFilesToTheRunningProgram() {
     QVERIFY(documents().isModified());
 }
 
+void DocumentTests::savedTemplatesAndRecentDocumentsAreOfferedInTheFileMenu() {
+    makeUnsavedChange();
+    answerNextTextQuestion("My Promo");
+    window->mainMenu()->saveAsTemplateAction()->trigger();
+    auto& templates = FLKTemplateManager::defaultManager();
+    QVERIFY(templates.templateWithName("My Promo"));
+    QCOMPARE(templates.selectedTemplate(), templates.templateWithName("My Promo"));
+
+    // A new document from it carries its recording, as a clip.
+    QAction* fromTemplate = itemNamed(window->mainMenu()->newFromTemplateMenu(), "My Promo");
+    QVERIFY(fromTemplate);
+    fromTemplate->trigger();
+    QCOMPARE(asked, 1);  // the unsaved change was asked about first
+    QCOMPARE(documents().filePath(), QString());
+    QCOMPARE(clips().size(), size_t(1));
+    QVERIFY(!documents().isModified());
+
+    // Recent documents: the most recent first, and only files still there.
+    QVERIFY(documents().saveToPath(newPath("Recent One.flickwell")));
+    QVERIFY(documents().saveToPath(newPath("Recent Two.flickwell")));
+    QVERIFY(QFile::remove(newPath("Recent One.flickwell")));
+    QMenu* recent = window->mainMenu()->openRecentMenu();
+    QVERIFY(!itemNamed(recent, "Recent One.flickwell"));
+    QCOMPARE(recent->actions().value(0)->text(), QString("Recent Two.flickwell"));
+    QVERIFY(documents().newDocument());
+    itemNamed(recent, "Recent Two.flickwell")->trigger();
+    QCOMPARE(documents().filePath(), newPath("Recent Two.flickwell"));
+    itemNamed(recent, "&Clear Menu")->trigger();
+    QVERIFY(documents().recentDocuments().isEmpty());
+    QVERIFY(itemNamed(recent, "&Clear Menu") == nullptr);
+}
+
 void DocumentTests::menusLeaveBreadcrumbs() {
     FLKBreadcrumbLog::startLogging();
     QVERIFY(FLKBreadcrumbLog::logPath().startsWith(qEnvironmentVariable("FLICKWELL_HOME")));
@@ -478,16 +536,30 @@ void DocumentTests::autosaveSurvivesAKillAndIsOfferedAtTheNextStart() {
     program.setProcessChannelMode(QProcess::ForwardedChannels);
     program.start(FLK_PROGRAM, {newPath("Killed.flickwell"), fixture("recording.mp4")});
     QVERIFY(program.waitForStarted());
-    auto autosaved = [] {
+    // What the program last noted about its copy; empty before the first.
+    auto autosaveNote = [] {
         for (const auto& folder : QDir(FLKAutosave::directory()).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            if (QFileInfo::exists(QDir(folder.filePath()).filePath("autosave.json"))) return true;
+            QFile note(QDir(folder.filePath()).filePath("autosave.json"));
+            if (note.open(QIODevice::ReadOnly)) return note.readAll();
         }
-        return false;
+        return QByteArray();
     };
-    QTRY_VERIFY_WITH_TIMEOUT(autosaved() || program.state() == QProcess::NotRunning, 180000);
+    QTRY_VERIFY_WITH_TIMEOUT(!autosaveNote().isEmpty() || program.state() == QProcess::NotRunning, 120000);
     QCOMPARE(program.state(), QProcess::Running);
     // A running program's work is not up for recovery.
     QVERIFY(FLKAutosave::leftovers().empty());
+
+    // A second start hands its picture to the first and ends; the change is autosaved too.
+    const QByteArray firstNote = autosaveNote();
+    QProcess second;
+    second.setProcessEnvironment(environment);
+    second.setProcessChannelMode(QProcess::ForwardedChannels);
+    second.start(FLK_PROGRAM, {fixture("picture.png")});
+    QTRY_VERIFY_WITH_TIMEOUT(second.state() == QProcess::NotRunning, 60000);
+    QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(second.exitCode(), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(autosaveNote() != firstNote || program.state() == QProcess::NotRunning, 60000);
+    QCOMPARE(program.state(), QProcess::Running);
     program.kill();
     QVERIFY(program.waitForFinished());
     QCOMPARE(program.exitStatus(), QProcess::CrashExit);
@@ -504,6 +576,7 @@ void DocumentTests::autosaveSurvivesAKillAndIsOfferedAtTheNextStart() {
     }));
     QCOMPARE(offered, newPath("Killed.flickwell"));
     QCOMPARE(clips().size(), size_t(1));
+    QVERIFY(background());
     QCOMPARE(documents().filePath(), newPath("Killed.flickwell"));
     QVERIFY(documents().isModified());
     // Kept under this program's lease before the old copy went.

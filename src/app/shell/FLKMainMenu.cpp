@@ -52,12 +52,12 @@ FLKMainMenu::FLKMainMenu(FLKMainWindow& window, FLKDocumentController& documents
     buildPlaybackMenu();
 }
 
-QAction* FLKMainMenu::addItem(QMenu* menu, const QString& title, std::function<void()> perform) {
+QAction* FLKMainMenu::addItem(QMenu* menu, const QString& title, std::function<void()> perform, Shortcut shortcut) {
     QAction* action = menu->addAction(title);
     if (perform) connect(action, &QAction::triggered, this, [perform = std::move(perform)] { perform(); });
     FLKBreadcrumbLog::watchMenuItem(menu->title(), action);
     // Shortcuts of menu actions work only in a window they belong to.
-    window_.addAction(action);
+    if (shortcut == Shortcut::Possible) window_.addAction(action);
     return action;
 }
 
@@ -93,7 +93,7 @@ void FLKMainMenu::fillNewFromTemplateMenu() {
     newFromTemplateMenu_->clear();
     for (const auto& aTemplate : FLKTemplateManager::defaultManager().templates()) {
         addItem(newFromTemplateMenu_, QString::fromStdString(aTemplate->name()),
-                [this, aTemplate] { documents_.newDocument(aTemplate); });
+                [this, aTemplate] { documents_.newDocument(aTemplate); }, Shortcut::None);
     }
     newFromTemplateMenu_->setEnabled(!newFromTemplateMenu_->isEmpty());
 }
@@ -101,12 +101,14 @@ void FLKMainMenu::fillNewFromTemplateMenu() {
 void FLKMainMenu::fillOpenRecentMenu() {
     openRecentMenu_->clear();
     for (const auto& path : documents_.recentDocuments()) {
-        QAction* item = addItem(openRecentMenu_, QFileInfo(path).fileName(), [this, path] { documents_.openDocument(path); });
+        QAction* item = addItem(
+            openRecentMenu_, QFileInfo(path).fileName(), [this, path] { documents_.openDocument(path); },
+            Shortcut::None);
         item->setToolTip(path);
     }
     if (!openRecentMenu_->isEmpty()) {
         openRecentMenu_->addSeparator();
-        addItem(openRecentMenu_, "&Clear Menu", [this] { documents_.clearRecentDocuments(); });
+        addItem(openRecentMenu_, "&Clear Menu", [this] { documents_.clearRecentDocuments(); }, Shortcut::None);
     }
     openRecentMenu_->setEnabled(!openRecentMenu_->isEmpty());
 }

@@ -49,7 +49,11 @@ public:
     static constexpr double kZoomStep = 1.25;
 
 private:
-    QAction* addItem(QMenu* menu, const QString& title, std::function<void()> perform);
+    // Items of menus filled as they open (recent documents, templates) take no
+    // shortcut and belong to their menu alone, which deletes them on refilling.
+    enum class Shortcut { Possible, None };
+    QAction* addItem(QMenu* menu, const QString& title, std::function<void()> perform,
+                     Shortcut shortcut = Shortcut::Possible);
     void buildFileMenu();
     void buildEditMenu();
     void buildViewMenu();

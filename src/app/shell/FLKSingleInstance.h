@@ -9,7 +9,8 @@ class QLocalServer;
 // One running program per user and per home folder: a second start hands the
 // files it was given to the first over a local socket and ends. The socket's
 // name is derived from the user and the state folder, so programs with
-// different FLICKWELL_HOMEs (tests) never meet. Main thread only.
+// different FLICKWELL_HOMEs (tests) never meet. An instance lives on the main
+// thread; handOff() may be called from any thread, as it makes its own socket.
 class FLKSingleInstance : public QObject {
     Q_OBJECT
 

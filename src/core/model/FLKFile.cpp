@@ -208,19 +208,21 @@ void FLKFile::cleanup() {
 
 bool FLKFile::writeScene(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
                          const fs::path& destination, FLKError* error) {
+    setModel(scene, timeline);
+    return writeAtURL(destination, error);
+}
+
+void FLKFile::setModel(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline) {
     if (!document_) createFolderStructure();
     document_->setCurrentScene(scene);
     document_->setCurrentTimeline(timeline);
+    // Written files describe the build that wrote them.
     metadata_ = std::make_shared<FLKMetadata>();
-    return writeAtURL(destination, error);
 }
 
 bool FLKFile::writeSnapshot(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
                             const fs::path& destination, FLKError* error) {
-    if (!document_) createFolderStructure();
-    document_->setCurrentScene(scene);
-    document_->setCurrentTimeline(timeline);
-    metadata_ = std::make_shared<FLKMetadata>();
+    setModel(scene, timeline);
     return writeModelFiles(error) && writeArchive(destination, error);
 }
 

@@ -140,6 +140,7 @@ protected:
     FLKFile(ReadOnlyTag, std::filesystem::path url);
 
 private:
+    void setModel(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline);
     bool writeModelFiles(FLKError* error);
     bool writeArchive(const std::filesystem::path& destination, FLKError* error);
     bool writeModelFile(const FLKSerializable& object, const std::filesystem::path& url, FLKError* error);
