@@ -1,9 +1,15 @@
 #include <QApplication>
+#include <QStringList>
 
 #include <string>
 
 #include "app/shell/FLKApplicationDelegate.h"
 #include "app/shell/FLKApplicationSetup.h"
+#include "app/shell/FLKAutosave.h"
+#include "app/shell/FLKBreadcrumbLog.h"
+#include "app/shell/FLKDocumentController.h"
+#include "app/shell/FLKMainWindow.h"
+#include "app/shell/FLKSingleInstance.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKMainQueue.h"
@@ -13,6 +19,13 @@ int main(int argc, char** argv) {
     FLKApplicationSetup::prepareEnvironment();
     QApplication application(argc, argv);
     QApplication::setApplicationName("Flickwell");
+
+    // Files named on the command line; Qt has taken its own options out.
+    const QStringList files = application.arguments().mid(1);
+    if (FLKSingleInstance::handOff(files)) return 0;
+    FLKSingleInstance instance;
+    if (!instance.listen()) flk::log("Later starts cannot hand their files to this one.");
+    FLKBreadcrumbLog::startLogging();
 
     std::string reason;
     if (!FLKApplicationSetup::bindCore(&application, &reason)) {
@@ -24,6 +37,12 @@ int main(int argc, char** argv) {
     {
         FLKApplicationDelegate delegate(FLKUserDefaults::standardUserDefaults(), FLKMainQueue::main());
         delegate.applicationDidFinishLaunching();
+        FLKMainWindow& window = *delegate.window();
+        QObject::connect(&instance, &FLKSingleInstance::filesReceived, &window, &FLKMainWindow::openHandedFiles);
+        FLKAutosave autosave(*window.documentController());
+        autosave.offerRecovery();
+        window.openHandedFiles(files);
+        autosave.start();
         status = application.exec();
     }
     // No thread of ours may outlive main(): static destructors would race it.

@@ -27,3 +27,9 @@ target_compile_definitions(test_app_startup PRIVATE FLK_PROGRAM="$<TARGET_FILE:f
 target_link_libraries(test_app_startup PRIVATE xcb)
 # The timeline panel under the canvas.
 flk_add_app_test(test_app_timeline_panel FLKTimelinePanelTests.cpp)
+# Documents, menus, drops, hand-over between starts and autosave; runs the
+# built program itself for the crash-recovery case.
+flk_add_app_test(test_app_documents FLKDocumentTests.cpp)
+add_dependencies(test_app_documents flickwell)
+target_compile_definitions(test_app_documents PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
+set_tests_properties(test_app_documents PROPERTIES TIMEOUT 600)

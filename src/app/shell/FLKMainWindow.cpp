@@ -1,14 +1,18 @@
 #include "app/shell/FLKMainWindow.h"
 
 #include <QAction>
+#include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDockWidget>
-#include <QMenuBar>
 #include <QPointer>
 
-#include "app/bridge/FLKMenuItemBinding.h"
 #include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/shell/FLKCanvasDropTarget.h"
+#include "app/shell/FLKDocumentController.h"
+#include "app/shell/FLKFileHandler.h"
+#include "app/shell/FLKMainMenu.h"
 #include "app/shell/FLKRenderLoopController.h"
 #include "app/shell/FLKWelcomeWindow.h"
 #include "app/timeline/FLKTimelinePanel.h"
@@ -21,8 +25,6 @@
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
 #include "editing/FLKCursorManager.h"
-#include "editing/FLKEditRedoMenuItemViewModel.h"
-#include "editing/FLKEditUndoMenuItemViewModel.h"
 #include "editing/FLKSceneViewModel.h"
 #include "editing/FLKTimelinePanelViewModel.h"
 
@@ -31,7 +33,13 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     setCentralWidget(sceneView_);
     renderLoop_ = new FLKRenderLoopController(this, sceneView_);
     FLKCursorManager::defaultManager()->setDisplay(std::make_shared<FLKQtCursorDisplay>(sceneView_));
-    buildEditMenu();
+    documents_ = new FLKDocumentController(this, this);
+    fileHandler_ = std::make_unique<FLKFileHandler>(*documents_, [this](const std::shared_ptr<FLKObject>& added) {
+        if (canvasViewModels_) canvasViewModels_->sceneViewModel()->viewModelDidDragAndDropInteractable(nullptr, added);
+        sceneView_->update();
+    });
+    mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
+    new FLKCanvasDropTarget(sceneView_, *fileHandler_);
     buildTimelineDock();
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
@@ -47,32 +55,21 @@ FLKMainWindow::~FLKMainWindow() {
     sceneView_->setOverlay(nullptr);
 }
 
-void FLKMainWindow::buildEditMenu() {
-    QMenu* edit = menuBar()->addMenu("&Edit");
-    auto& pipeline = FLKActionPipeline::sharedPipeline();
-    // Undo and redo change the model outside any canvas gesture: redraw.
-    undoAction_ = edit->addAction(QString());
-    undoAction_->setShortcut(QKeySequence::Undo);
-    new FLKMenuItemBinding(undoAction_, std::make_shared<FLKEditUndoMenuItemViewModel>(), [this, &pipeline] {
-        pipeline.undo();
-        sceneView_->update();
-    });
-    redoAction_ = edit->addAction(QString());
-    redoAction_->setShortcuts(QKeySequence::Redo);
-    new FLKMenuItemBinding(redoAction_, std::make_shared<FLKEditRedoMenuItemViewModel>(), [this, &pipeline] {
-        pipeline.redo();
-        sceneView_->update();
-    });
-    // Shortcuts of menu actions work only in a window they belong to.
-    addAction(undoAction_);
-    addAction(redoAction_);
-    edit->addSeparator();
-    editVerticesAction_ = edit->addAction("Edit Vertices");
-    connect(editVerticesAction_, &QAction::triggered, this, [this] {
-        if (!canvasViewModels_) return;
-        canvasViewModels_->sceneViewModel()->toggleVertexEditingWidget();
-        sceneView_->update();
-    });
+QAction* FLKMainWindow::undoAction() const { return mainMenu_->undoAction(); }
+QAction* FLKMainWindow::redoAction() const { return mainMenu_->redoAction(); }
+QAction* FLKMainWindow::editVerticesAction() const { return mainMenu_->editVerticesAction(); }
+
+void FLKMainWindow::openHandedFiles(const QStringList& files) {
+    if (isMinimized()) showNormal();
+    raise();
+    activateWindow();
+    for (const auto& file : files) fileHandler_->handleOpenURL(file.toStdString());
+}
+
+void FLKMainWindow::closeEvent(QCloseEvent* event) {
+    if (!documents_->maybeSave()) return event->ignore();
+    event->accept();
+    QCoreApplication::quit();
 }
 
 void FLKMainWindow::buildTimelineDock() {

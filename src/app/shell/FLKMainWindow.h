@@ -3,6 +3,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <QStringList>
+
 #include <memory>
 
 #include "app/shell/FLKWelcomeWindow.h"
@@ -11,18 +13,22 @@
 class FLKCanvasViewModels;
 class FLKMainQueue;
 class FLKRenderLoopController;
+class FLKDocumentController;
+class FLKFileHandler;
+class FLKMainMenu;
 class FLKSceneView;
 class FLKUserDefaults;
 class FLKTimelinePanel;
 class QAction;
 class QDockWidget;
 
-// The one main window: the canvas, and the Edit menu bound to the action
-// pipeline. Shows the first built-in template at start and every scene the
-// scene loader loads later, with a fresh undo history each time; the loaded
-// timeline becomes the master timeline, feeds the scene's video and starts
-// playing. At launch it brings up its panels, then the scene, then the
-// welcome screen.
+// The one main window: the canvas, the timeline docked below it, the menus
+// and the document they work on. Shows the first built-in template at start
+// and every scene the scene loader loads later, with a fresh undo history
+// each time; the loaded timeline becomes the master timeline, feeds the
+// scene's video and starts playing. At launch it brings up its panels, then
+// the scene, then the welcome screen. Closing it asks to save unsaved
+// changes and quits.
 class FLKMainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -35,10 +41,13 @@ public:
     QDockWidget* timelineDock() const { return timelineDock_; }
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
-    QAction* undoAction() const { return undoAction_; }
-    QAction* redoAction() const { return redoAction_; }
-    QAction* editVerticesAction() const { return editVerticesAction_; }
+    QAction* undoAction() const;
+    QAction* redoAction() const;
+    QAction* editVerticesAction() const;
     FLKRenderLoopController* renderLoop() const { return renderLoop_; }
+    FLKDocumentController* documentController() const { return documents_; }
+    FLKFileHandler& fileHandler() const { return *fileHandler_; }
+    FLKMainMenu* mainMenu() const { return mainMenu_; }
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
@@ -55,9 +64,13 @@ public:
     // The open welcome screen, or null.
     FLKWelcomeWindow* welcomeWindow() const { return welcomeWindow_; }
     void enableUserInteraction(bool enabled);
+    // Raises the window and takes files another start handed over.
+    void openHandedFiles(const QStringList& files);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
-    void buildEditMenu();
     void buildTimelineDock();
     void sceneDidUpdate();
     void welcomeWindowDidClose();
@@ -66,9 +79,9 @@ private:
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
-    QAction* undoAction_ = nullptr;
-    QAction* redoAction_ = nullptr;
-    QAction* editVerticesAction_ = nullptr;
+    FLKDocumentController* documents_ = nullptr;
+    std::unique_ptr<FLKFileHandler> fileHandler_;
+    FLKMainMenu* mainMenu_ = nullptr;
     std::unique_ptr<FLKCanvasViewModels> canvasViewModels_;
     QPointer<FLKWelcomeWindow> welcomeWindow_;
     FLKObservation sceneLoadObservation_;

@@ -208,15 +208,29 @@ void FLKFile::cleanup() {
 
 bool FLKFile::writeScene(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
                          const fs::path& destination, FLKError* error) {
-    if (!document_) createFolderStructure();
-    document_->setCurrentScene(scene);
-    document_->setCurrentTimeline(timeline);
-    metadata_ = std::make_shared<FLKMetadata>();
+    setModel(scene, timeline);
     return writeAtURL(destination, error);
 }
 
+void FLKFile::setModel(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline) {
+    if (!document_) createFolderStructure();
+    document_->setCurrentScene(scene);
+    document_->setCurrentTimeline(timeline);
+    // Written files describe the build that wrote them.
+    metadata_ = std::make_shared<FLKMetadata>();
+}
+
+bool FLKFile::writeSnapshot(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
+                            const fs::path& destination, FLKError* error) {
+    setModel(scene, timeline);
+    return writeModelFiles(error) && writeArchive(destination, error);
+}
+
 bool FLKFile::writeAtURL(const fs::path& destination, FLKError* error) {
-    if (!prepareForWriting(error)) return false;
+    return prepareForWriting(error) && writeArchive(destination, error);
+}
+
+bool FLKFile::writeArchive(const fs::path& destination, FLKError* error) {
     auto archive = createTempFile(destination, error);
     if (!archive) return false;
     std::error_code ec;
@@ -228,14 +242,16 @@ bool FLKFile::writeAtURL(const fs::path& destination, FLKError* error) {
 }
 
 bool FLKFile::prepareForWriting(FLKError* error) {
-    if (!document_ || !metadata_) createFolderStructure();
-    if (!writeTempDirectory(error) || !writeDocument(error) || !writeMetadata(error) || !writeTimeline(error) ||
-        !writeCurrentScene(error)) {
-        return false;
-    }
+    if (!writeModelFiles(error)) return false;
     removeUnreferencedResources();
     writePreview();
     return true;
+}
+
+bool FLKFile::writeModelFiles(FLKError* error) {
+    if (!document_ || !metadata_) createFolderStructure();
+    return writeTempDirectory(error) && writeDocument(error) && writeMetadata(error) && writeTimeline(error) &&
+           writeCurrentScene(error);
 }
 
 bool FLKFile::writeTempDirectory(FLKError* error) {

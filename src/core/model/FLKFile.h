@@ -100,6 +100,12 @@ public:
     bool writeScene(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
                     const std::filesystem::path& destination, FLKError* error = nullptr);
 
+    // A copy of the document at `destination` that leaves the working folder's
+    // media and preview as they are: what an autosave writes while the undo
+    // history may still need media nothing references at the moment.
+    bool writeSnapshot(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline,
+                       const std::filesystem::path& destination, FLKError* error = nullptr);
+
     // The steps of saving, in the order writeAtURL runs them.
     bool prepareForWriting(FLKError* error = nullptr);
     bool writeTempDirectory(FLKError* error = nullptr);
@@ -134,6 +140,9 @@ protected:
     FLKFile(ReadOnlyTag, std::filesystem::path url);
 
 private:
+    void setModel(const std::shared_ptr<FLKScene>& scene, const std::shared_ptr<FLKTimeline>& timeline);
+    bool writeModelFiles(FLKError* error);
+    bool writeArchive(const std::filesystem::path& destination, FLKError* error);
     bool writeModelFile(const FLKSerializable& object, const std::filesystem::path& url, FLKError* error);
     void removeOtherJSONFiles(const FLKTemporaryStore& store, const std::filesystem::path& keep);
 

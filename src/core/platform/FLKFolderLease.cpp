@@ -65,6 +65,13 @@ FLKFolderLease::~FLKFolderLease() {
     ::close(fd_);
 }
 
+bool FLKFolderLease::isAbandoned(const fs::path& folder) {
+    int fd = lockIfAbandoned(lockURLForFolder(folder));
+    if (fd < 0) return false;
+    ::close(fd);
+    return true;
+}
+
 void FLKFolderLease::removeAbandonedFolders(const fs::path& directory) {
     std::vector<fs::path> lockURLs;
     std::error_code ec;

@@ -21,6 +21,10 @@ public:
 
     const std::filesystem::path& folder() const { return folder_; }
 
+    // Whether `folder` has a lock file that no process holds: it was left by
+    // a process that ended without giving its lease up.
+    static bool isAbandoned(const std::filesystem::path& folder);
+
     // Removes the folders in `directory` whose lock file no process holds,
     // with their lock files. Folders without a lock file are not ours to
     // judge and stay.

@@ -188,6 +188,12 @@ fs::path configHome() {
     return userHome() / ".config" / "flickwell";
 }
 
+fs::path stateHome() {
+    if (auto root = homeRoot()) return *root / "state";
+    if (auto xdg = absoluteEnvironmentPath("XDG_STATE_HOME")) return *xdg / "flickwell";
+    return userHome() / ".local" / "state" / "flickwell";
+}
+
 fs::path temporaryHome() {
     if (auto root = homeRoot()) return *root / "tmp";
     if (auto tmp = absoluteEnvironmentPath("TMPDIR")) return *tmp / "flickwell";

@@ -57,6 +57,8 @@ std::optional<std::filesystem::path> homeRoot();
 std::filesystem::path dataHome();
 // User defaults: $FLICKWELL_HOME/config, else $XDG_CONFIG_HOME/flickwell, else ~/.config/flickwell.
 std::filesystem::path configHome();
+// Logs and autosaves: $FLICKWELL_HOME/state, else $XDG_STATE_HOME/flickwell, else ~/.local/state/flickwell.
+std::filesystem::path stateHome();
 // Temporary stores: $FLICKWELL_HOME/tmp, else $TMPDIR/flickwell, else /tmp/flickwell.
 std::filesystem::path temporaryHome();
 

@@ -79,6 +79,26 @@ TEST(FLKDocumentFile, SavedPackageHoldsTheModelFilesAndOnlyReferencedMedia) {
     EXPECT_EQ(f.file->preview()->image()->width, f.file->preview()->image()->height);  // 8x4 cropped to 4x4
 }
 
+// An autosave must not take away media the undo history may bring back.
+TEST(FLKDocumentFile, SnapshotKeepsTheWorkingFoldersMediaAndHoldsThemAll) {
+    auto folder = freshFolder();
+    Fixture f(folder);
+    auto destination = folder / "Snapshot.flickwell";
+    FLKError error;
+    ASSERT_TRUE(f.file->writeSnapshot(f.scene, f.timeline, destination, &error)) << error.fullMessage();
+    EXPECT_TRUE(fs::exists(f.unreferencedImage));
+    EXPECT_TRUE(fs::exists(f.unreferencedFile));
+    auto entries = archiveEntries(destination);
+    const std::set<std::string> names(entries.begin(), entries.end());
+    EXPECT_TRUE(names.count("media/" + f.unreferencedFile.filename().string()));
+    EXPECT_TRUE(names.count("scenes/" + *f.scene->identifier() + ".json"));
+
+    auto reopened = FLKFile::fileWithURL(destination)->temporaryFileCopy(&error);
+    ASSERT_TRUE(reopened) << error.fullMessage();
+    ASSERT_TRUE(reopened->document()->currentScene());
+    EXPECT_EQ(*reopened->document()->currentScene()->identifier(), *f.scene->identifier());
+}
+
 TEST(FLKDocumentFile, MetadataCarriesTheSavingApplication) {
     auto folder = freshFolder();
     Fixture f(folder);

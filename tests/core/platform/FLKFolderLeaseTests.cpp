@@ -36,6 +36,12 @@ TEST(FLKFolderLease, SweepClearsOnlyFoldersNobodyHolds) {
     // A folder made without a lease is not the sweep's to judge.
     auto foreign = folderWithAFile(store / "Foreign.tmp");
 
+    EXPECT_FALSE(FLKFolderLease::isAbandoned(inUse));
+    EXPECT_TRUE(FLKFolderLease::isAbandoned(abandoned));
+    EXPECT_FALSE(FLKFolderLease::isAbandoned(foreign));
+    // Asking takes nothing away: the holder's lease stands.
+    EXPECT_FALSE(FLKFolderLease::isAbandoned(inUse));
+
     FLKFolderLease::removeAbandonedFolders(store);
     EXPECT_TRUE(fs::exists(inUse / "media" / "a.mp4"));
     EXPECT_TRUE(fs::exists(lockOf(inUse)));

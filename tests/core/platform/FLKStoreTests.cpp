@@ -123,6 +123,7 @@ TEST(Homes, FlickwellHomeRootsEveryStore) {
     EXPECT_EQ(flk::dataHome(), home / "data");
     EXPECT_EQ(flk::configHome(), home / "config");
     EXPECT_EQ(flk::temporaryHome(), home / "tmp");
+    EXPECT_EQ(flk::stateHome(), home / "state");
     EXPECT_EQ(FLKLocalStore::storeWithDirectory("masks", kFLKFileExtensionPNG)->directoryURL(), home / "data" / "masks");
     EXPECT_EQ(FLKTemporaryStore::storeWithDirectory(kFLKTempDirectoryExport, kFLKFileExtensionM4V)->directoryURL(),
               home / "tmp" / kFLKTempDirectoryExport);
@@ -136,7 +137,9 @@ TEST(Homes, WithoutFlickwellHomeFollowTheXDGConventions) {
         ScopedEnvironment data("XDG_DATA_HOME", "/xdg/data");
         ScopedEnvironment config("XDG_CONFIG_HOME", "/xdg/config");
         ScopedEnvironment tmp("TMPDIR", "/scratch");
+        ScopedEnvironment state("XDG_STATE_HOME", "/xdg/state");
         EXPECT_FALSE(flk::homeRoot());
+        EXPECT_EQ(flk::stateHome(), fs::path("/xdg/state/flickwell"));
         EXPECT_EQ(flk::dataHome(), fs::path("/xdg/data/flickwell"));
         EXPECT_EQ(flk::configHome(), fs::path("/xdg/config/flickwell"));
         EXPECT_EQ(flk::temporaryHome(), fs::path("/scratch/flickwell"));
@@ -145,6 +148,8 @@ TEST(Homes, WithoutFlickwellHomeFollowTheXDGConventions) {
     ScopedEnvironment data("XDG_DATA_HOME", "relative/data");
     ScopedEnvironment config("XDG_CONFIG_HOME", std::nullopt);
     ScopedEnvironment tmp("TMPDIR", std::nullopt);
+    ScopedEnvironment state("XDG_STATE_HOME", "relative/state");
+    EXPECT_EQ(flk::stateHome(), fs::path("/home/tester/.local/state/flickwell"));
     EXPECT_EQ(flk::dataHome(), fs::path("/home/tester/.local/share/flickwell"));
     EXPECT_EQ(flk::configHome(), fs::path("/home/tester/.config/flickwell"));
     EXPECT_EQ(flk::temporaryHome(), fs::path("/tmp/flickwell"));
