@@ -2,7 +2,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS := $(if $(CI),-DFLK_WERROR=ON,)
 
-.PHONY: all bootstrap build app test test-tsan bench demo fuzz clean
+.PHONY: all bootstrap build app package test test-tsan bench demo fuzz clean
 
 all: build
 
@@ -18,6 +18,15 @@ app: bootstrap
 	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
 	cmake --build build/release -j$(JOBS) --target flickwell
 	./build/release/bin/flickwell
+
+# A Debian package of the Release build in build/release, its dependencies
+# read off the programs' shared libraries; checked before it is announced.
+package: bootstrap
+	@cmake --preset release $(CMAKE_FLAGS) >/dev/null
+	cmake --build build/release -j$(JOBS) --target flk_installable
+	rm -f build/release/flickwell_*.deb
+	cd build/release && cpack
+	./tests/packaging/check-package build/release/flickwell_*.deb --depends
 
 # Debug build with AddressSanitizer and UBSan, then every test; the desktop
 # program's tests run on a virtual X display (xvfb-run, from CTest).
