@@ -19,6 +19,8 @@ int main(int argc, char** argv) {
     FLKApplicationSetup::prepareEnvironment();
     QApplication application(argc, argv);
     QApplication::setApplicationName("Flickwell");
+    // Ties the window to the installed desktop entry and its icon.
+    QGuiApplication::setDesktopFileName("org.flickwell.Flickwell");
 
     // Files named on the command line; Qt has taken its own options out.
     const QStringList files = application.arguments().mid(1);
