@@ -24,6 +24,7 @@
 
 #include "FLKAppTestSupport.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/shell/FLKMainMenu.h"
 #include "app/shell/FLKMainWindow.h"
 #include "app/timeline/FLKTimelinePanel.h"
 #include "app/timeline/FLKTimelineView.h"
@@ -79,6 +80,7 @@ private slots:
     void droppedVideoFilesBecomeClipsWithThumbnails();
     void clickingOnTheClipShowsThatMomentsFrame();
     void draggingAClipReordersTheRowInOneUndoStep();
+    void editDeleteRemovesTheSelectedClipInOneStep();
     void contextMenuCommandsEditTheClipUnderThePointer();
     void spacePlaysAndThePlayHeadFollowsTheTimeline();
     void ctrlWheelZoomsAroundThePointerAndTheWheelScrolls();
@@ -373,6 +375,24 @@ void TimelinePanelTests::draggingAClipReordersTheRowInOneUndoStep() {
              static_cast<double>(std::floor(static_cast<float>(track()->clips()[1]->timeRange().start * 100))));
     window->redoAction()->trigger();
     QCOMPARE(track()->serialized().dump(), reordered);
+}
+
+void TimelinePanelTests::editDeleteRemovesTheSelectedClipInOneStep() {
+    auto& pipeline = FLKActionPipeline::sharedPipeline();
+    pipeline.clear();
+    horizontalBar()->setValue(0);
+    const std::string before = track()->serialized().dump();
+    const auto ids = identifiers(*track());
+    QTest::mouseClick(view(), Qt::LeftButton, {}, view()->cellRect({0, 0}).center().toPoint());
+    QCOMPARE(panel().selectedClipIndexes(), (std::set<FLKIndexPath>{{0, 0}}));
+
+    QAction* remove = window->mainMenu()->deleteAction();
+    QVERIFY(remove->isEnabled());
+    remove->trigger();
+    QCOMPARE(identifiers(*track()), (std::vector<std::string>{ids[1]}));
+    QCOMPARE(pipeline.undoQueue().size(), size_t(1));
+    window->undoAction()->trigger();
+    QCOMPARE(track()->serialized().dump(), before);
 }
 
 void TimelinePanelTests::contextMenuCommandsEditTheClipUnderThePointer() {

@@ -252,6 +252,13 @@ void FLKSceneView::wheelEvent(QWheelEvent* event) {
 }
 
 bool FLKSceneView::event(QEvent* event) {
+    // Keys the canvas's widgets take (Delete, the arrows) reach them before
+    // any menu shortcut bound to the same key.
+    if (event->type() == QEvent::ShortcutOverride &&
+        flk::canvasKeyEvent(*static_cast<QKeyEvent*>(event), FLKEventType::keyDown)) {
+        event->accept();
+        return true;
+    }
     if (event->type() == QEvent::NativeGesture) {
         auto* gesture = static_cast<QNativeGestureEvent*>(event);
         if (auto magnify = flk::magnifyEvent(*gesture)) {

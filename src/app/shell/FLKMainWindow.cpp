@@ -16,6 +16,7 @@
 #include "app/shell/FLKRenderLoopController.h"
 #include "app/shell/FLKWelcomeWindow.h"
 #include "app/timeline/FLKTimelinePanel.h"
+#include "app/timeline/FLKTimelineView.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/model/FLKSceneQuery.h"
 #include "core/platform/FLKMainQueue.h"
@@ -41,6 +42,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
     buildTimelineDock();
+    mainMenu_->setDeleteHandler([this] { timelinePanel_->timelineView()->deleteSelectedClips(); });
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
         center, center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr,
@@ -86,7 +88,12 @@ void FLKMainWindow::buildTimelineDock() {
 
 void FLKMainWindow::showScene() {
     auto& loader = FLKSceneLoader::defaultSceneLoader();
-    if (loader.currentScene()) return sceneDidUpdate();
+    if (loader.currentScene()) {
+        // A document opened before the launch sequence got here is already
+        // wired; wiring it again would empty its undo history.
+        if (sceneView_->scene() != loader.currentScene()) sceneDidUpdate();
+        return;
+    }
     FLKError error;
     // A successful load announces itself, which shows the scene.
     if (!loader.loadFirstScene(&error)) FLKUserFeedback::shared().presentError(error);

@@ -37,8 +37,7 @@ public:
     bool showsFrameAtPlayHead() const;
 
 signals:
-    // The timeline's picture changed (time moved, playing, a frame decoded,
-    // clips edited): whatever shows it should draw again.
+    // Clips were edited: the picture under the play head may have changed.
     void frameChanged();
 
 protected:

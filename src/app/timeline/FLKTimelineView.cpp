@@ -487,6 +487,14 @@ bool FLKTimelineView::event(QEvent* event) {
     return QWidget::event(event);
 }
 
+void FLKTimelineView::deleteSelectedClips() {
+    if (!viewModel_) return;
+    for (size_t section = 0; section < viewModel_->trackViewModels().size(); ++section) {
+        if (auto row = videoRow(section)) row->deleteWithViewModel(*row);
+    }
+    update();
+}
+
 void FLKTimelineView::keyPressEvent(QKeyEvent* event) {
     if (!viewModel_) return QWidget::keyPressEvent(event);
     switch (event->key()) {
@@ -495,9 +503,7 @@ void FLKTimelineView::keyPressEvent(QKeyEvent* event) {
             break;
         case Qt::Key_Delete:
         case Qt::Key_Backspace:
-            for (size_t section = 0; section < viewModel_->trackViewModels().size(); ++section) {
-                if (auto row = videoRow(section)) row->deleteWithViewModel(*row);
-            }
+            deleteSelectedClips();
             break;
         default:
             return QWidget::keyPressEvent(event);

@@ -46,6 +46,8 @@ public:
 
     const std::shared_ptr<FLKTimelinePanelViewModel>& viewModel() const { return viewModel_; }
     void setViewModel(std::shared_ptr<FLKTimelinePanelViewModel> viewModel);
+    // Removes the selected clips and transitions, one undo step; Edit, Delete.
+    void deleteSelectedClips();
 
     double zoom() const { return zoom_; }
     // Keeps the timeline moment under `anchorX` (in the scroll area's
