@@ -20,7 +20,7 @@ class FLKTimelinePanel : public QWidget {
 public:
     // Refresh periods in milliseconds: following the timeline, and watching
     // for playback started elsewhere.
-    static constexpr int kFollowingPeriod = 16;
+    static constexpr int kFollowingPeriod = 33;  // the preview rate
     static constexpr int kIdlePeriod = 250;
 
     explicit FLKTimelinePanel(QWidget* parent = nullptr);

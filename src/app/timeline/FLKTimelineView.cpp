@@ -113,7 +113,13 @@ void FLKTimelineView::observeViewModel() {
     viewModel_->setUpdatesHandler([rowsDidChange](const auto&) { rowsDidChange(); });
     propertyToken_ = viewModel_->addPropertyObserver([this, rowsDidChange](const std::string& property) {
         if (property == "trackViewModels") return rowsDidChange();
-        if (property == "currentTime" || property == "isPlaying") emit playHeadChanged();
+        if (property == "currentTime") {
+            // Only the strips under the play head's old and new places change.
+            updatePlayHeadArea();
+            emit playHeadChanged();
+            return;
+        }
+        if (property == "isPlaying") emit playHeadChanged();
         update();
     });
 }
@@ -342,8 +348,16 @@ void FLKTimelineView::paintCell(QPainter& painter, const FLKTimelineClipViewMode
     painter.drawRoundedRect(cell.isSelected() ? box.adjusted(1, 1, -1, -1) : box, 6, 6);
 }
 
-void FLKTimelineView::paintPlayHead(QPainter& painter) const {
+void FLKTimelineView::updatePlayHeadArea() {
+    const double x = std::round(xForTime(viewModel_->currentTime()));
+    const auto strip = [this](double at) { return QRect(static_cast<int>(at) - 8, 0, 17, height()); };
+    update(strip(x));
+    if (paintedPlayHeadX_ != x) update(strip(paintedPlayHeadX_));
+}
+
+void FLKTimelineView::paintPlayHead(QPainter& painter) {
     const double x = std::round(xForTime(viewModel_->currentTime())) + 0.5;
+    paintedPlayHeadX_ = x - 0.5;
     painter.setPen(QPen(kPlayHead, 1.5));
     painter.drawLine(QPointF(x, kRulerHeight - 10), QPointF(x, height()));
     QPainterPath head;

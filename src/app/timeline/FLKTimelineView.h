@@ -109,7 +109,8 @@ private:
 
     void paintRuler(QPainter& painter, const QRect& exposed) const;
     void paintCell(QPainter& painter, const FLKTimelineClipViewModel& cell, const QRectF& rect);
-    void paintPlayHead(QPainter& painter) const;
+    void paintPlayHead(QPainter& painter);
+    void updatePlayHeadArea();
 
     QScrollArea* const scrollArea_;
     std::shared_ptr<FLKTimelinePanelViewModel> viewModel_;
@@ -125,4 +126,5 @@ private:
     std::shared_ptr<FLKTimelineClipViewModel> pressedViewModel_;
     std::optional<size_t> dropSection_;
     size_t dropIndex_ = 0;
+    double paintedPlayHeadX_ = 0;  // where the play head was last painted
 };
