@@ -9,11 +9,16 @@
 #include "core/platform/FLKTimer.h"
 
 FLKDeviceFinder& FLKDeviceFinder::globalFinder() {
-    // Lives as long as the process: provider threads must not outlive it at exit.
-    static auto* finder = new FLKDeviceFinder(
-        {std::make_shared<FLKAdbDeviceProvider>(), std::make_shared<FLKV4L2DeviceProvider>()},
-        {std::make_shared<FLKScreenDeviceProvider>()});
+    // Never destroyed: its watcher threads stop only with the process.
+    static auto* finder = makeWithSystemSources(FLKMainQueue::main()).release();
     return *finder;
+}
+
+std::unique_ptr<FLKDeviceFinder> FLKDeviceFinder::makeWithSystemSources(std::shared_ptr<FLKMainQueue> queue) {
+    return std::make_unique<FLKDeviceFinder>(
+        std::vector<std::shared_ptr<FLKDeviceProvider>>{std::make_shared<FLKAdbDeviceProvider>(),
+                                                        std::make_shared<FLKV4L2DeviceProvider>()},
+        std::vector<std::shared_ptr<FLKDeviceProvider>>{std::make_shared<FLKScreenDeviceProvider>()}, std::move(queue));
 }
 
 FLKDeviceFinder::FLKDeviceFinder(std::vector<std::shared_ptr<FLKDeviceProvider>> mobileProviders,

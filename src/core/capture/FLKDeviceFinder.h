@@ -20,6 +20,8 @@ public:
 
     // Phones over adb and capture nodes, then the X display's monitors.
     static FLKDeviceFinder& globalFinder();
+    // A finder of its own over the same sources, on `queue` (the command line's run loop).
+    static std::unique_ptr<FLKDeviceFinder> makeWithSystemSources(std::shared_ptr<FLKMainQueue> queue);
     // A finder over the given sources; `queue` defaults to the main queue.
     FLKDeviceFinder(std::vector<std::shared_ptr<FLKDeviceProvider>> mobileProviders,
                     std::vector<std::shared_ptr<FLKDeviceProvider>> displayProviders,

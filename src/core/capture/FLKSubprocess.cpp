@@ -68,7 +68,11 @@ bool FLKSubprocess::start(const std::vector<std::string>& argv, std::string* rea
     sigaddset(&defaults, SIGINT);
     sigaddset(&defaults, SIGTERM);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+    // Nor signals a program's main thread blocks to wait for them itself.
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     std::vector<char*> args;
     for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
@@ -105,9 +109,9 @@ bool FLKSubprocess::waitReadable(int milliseconds) const {
     return ::poll(&fd, 1, milliseconds) > 0;
 }
 
-void FLKSubprocess::kill() {
+void FLKSubprocess::kill(int signal) {
     pid_t pid = pid_;
-    if (pid > 0) ::kill(-pid, SIGKILL);
+    if (pid > 0) ::kill(-pid, signal);
 }
 
 void FLKSubprocess::terminate() {

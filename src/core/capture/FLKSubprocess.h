@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <csignal>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -22,8 +23,8 @@ public:
     // Waits up to `milliseconds` for output (or its end); false on timeout.
     bool waitReadable(int milliseconds) const;
     int outputDescriptor() const { return out_; }
-    // Ends the whole process group without reaping; any thread.
-    void kill();
+    // Signals the whole process group (SIGKILL: ends it) without reaping; any thread.
+    void kill(int signal = SIGKILL);
     // Ends the whole process group and reaps the program.
     void terminate();
     // Reaps the program; its exit status, or 128 + signal.

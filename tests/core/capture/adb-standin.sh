@@ -31,6 +31,8 @@ case "$1" in
     if [ "$1" != "exec-out" ] || [ "$2" != "screenrecord" ]; then echo "standin: unsupported $*" >&2; exit 1; fi
     if [ -e "$state/unplugged" ]; then echo "adb: device '$serial' not found" >&2; exit 1; fi
     echo run >> "$state/runs"
+    # exec keeps this process id: a test ends the stream through it.
+    echo $$ > "$state/screenrecord.pid"
     exec ffmpeg -hide_banner -loglevel error -re -r 30 -f h264 -i "$FLK_STANDIN_STREAM" -c copy -f h264 -
     ;;
   *)
