@@ -28,7 +28,8 @@ void FLKScreenDeviceProvider::startWatching(std::function<void()> changed) {
         int errorBase = 0;
         if (XRRQueryExtension(display, &eventBase, &errorBase)) {
             XRRSelectInput(display, DefaultRootWindow(display),
-                           RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask);
+                           RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask |
+                               RRResourceChangeNotifyMask);
             XFlush(display);
             while (thread.wait(ConnectionNumber(display))) {
                 bool relevant = false;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <X11/Xlib.h>
+#include <X11/extensions/Xrandr.h>
 
 #include <cstdlib>
 
@@ -83,6 +84,45 @@ TEST(FLKScreenCapture, ListsTheMonitorAndKnowsWhereTheAppIs) {
     EXPECT_FALSE(screen->isShowingApp());
     FLKScreenDevice::setMainWindowLocator(nullptr);
     EXPECT_NEAR(screen->minFrameDuration(), 1.0 / 30, 1e-9);
+}
+
+// RandR sends no event for a monitor declared on part of a screen (only for
+// outputs, CRTCs and the screen, which Xvfb cannot change): this checks the listing.
+TEST(FLKScreenCapture, AMonitorDeclaredOnPartOfTheScreenIsListedByItsName) {
+    Display* display = XOpenDisplay(nullptr);
+    ASSERT_NE(display, nullptr);
+    FLKScreenDeviceProvider provider;
+    auto listed = [&] {
+        std::vector<std::string> ids;
+        for (const auto& device : provider.devices()) ids.push_back(device->uniqueIdentifier());
+        return ids;
+    };
+    auto before = listed();
+    ASSERT_EQ(before.size(), 1u);
+
+    XRRMonitorInfo* monitor = XRRAllocateMonitor(display, 0);
+    monitor->name = XInternAtom(display, "LEFTHALF", False);
+    monitor->x = 0;
+    monitor->y = 0;
+    monitor->width = 320;
+    monitor->height = 480;
+    monitor->mwidth = 100;
+    monitor->mheight = 150;
+    XRRSetMonitor(display, DefaultRootWindow(display), monitor);
+    XSync(display, False);
+    auto devices = provider.devices();
+    ASSERT_EQ(devices.size(), 2u);
+    auto half = std::find_if(devices.begin(), devices.end(),
+                             [](const auto& d) { return d->uniqueIdentifier() == "display:LEFTHALF"; });
+    ASSERT_NE(half, devices.end());
+    EXPECT_EQ((*half)->name(), "LEFTHALF");  // no EDID and no output: RandR's name for it
+    EXPECT_EQ(dynamic_cast<FLKScreenDevice&>(**half).monitor().width, 320);
+
+    XRRDeleteMonitor(display, DefaultRootWindow(display), monitor->name);
+    XSync(display, False);
+    EXPECT_EQ(listed(), before);
+    XRRFreeMonitors(monitor);
+    XCloseDisplay(display);
 }
 
 TEST(FLKScreenCapture, TheRecordingShowsTheDisplaysColoursInOrder) {
