@@ -29,7 +29,9 @@ flk::media::CodecContext openContext(const AVCodec* codec, const AVCodecParamete
 }  // namespace
 
 FLKCaptureDecoder::FLKCaptureDecoder(flk::media::CodecContext context)
-    : context_(std::move(context)), frame_(av_frame_alloc()), scaler_(0, 0, AV_PIX_FMT_BGRA, SWS_BILINEAR) {}
+    : context_(std::move(context)), frame_(av_frame_alloc()) {}
+
+FLKCaptureDecoder::~FLKCaptureDecoder() { sws_freeContext(converter_); }
 
 std::unique_ptr<FLKCaptureDecoder> FLKCaptureDecoder::make(const AVCodecParameters* parameters, std::string* reason) {
     auto context = openContext(avcodec_find_decoder(parameters->codec_id), parameters, reason);
@@ -47,16 +49,20 @@ bool FLKCaptureDecoder::decode(const AVPacket* packet, const PictureHandler& han
     int rc = avcodec_send_packet(context_.get(), packet);
     if (rc < 0 && rc != AVERROR_EOF) return false;
     while (avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
-        scaler_.setOutputSize(frame_->width, frame_->height);
-        auto converted = scaler_.scale(frame_.get());
-        av_frame_unref(frame_.get());
-        if (!converted) continue;
-        auto pixels = std::make_shared<FLKPixelBuffer>(converted->width, converted->height);
-        for (int y = 0; y < converted->height; ++y) {
-            std::memcpy(pixels->bgra.data() + static_cast<size_t>(y) * pixels->stride,
-                        converted->data[0] + static_cast<ptrdiff_t>(y) * converted->linesize[0],
-                        static_cast<size_t>(pixels->stride));
+        const int width = frame_->width;
+        const int height = frame_->height;
+        // Converted straight into the buffer the sprite and the writer share: no second copy.
+        converter_ = sws_getCachedContext(converter_, width, height, static_cast<AVPixelFormat>(frame_->format), width,
+                                          height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr, nullptr, nullptr);
+        if (!converter_) {
+            av_frame_unref(frame_.get());
+            continue;
         }
+        auto pixels = std::make_shared<FLKPixelBuffer>(width, height);
+        uint8_t* destination[4] = {pixels->bgra.data(), nullptr, nullptr, nullptr};
+        int strides[4] = {pixels->stride, 0, 0, 0};
+        sws_scale(converter_, frame_->data, frame_->linesize, 0, height, destination, strides);
+        av_frame_unref(frame_.get());
         handler(std::move(pixels));
     }
     return true;

@@ -3,14 +3,19 @@
 #include <functional>
 #include <memory>
 
-#include "core/media/FLKFrameScaler.h"
 #include "core/media/FLKMediaSupport.h"
 #include "core/platform/FLKPixelBuffer.h"
 
 // Turns a capture stream's packets into BGRA pictures as soon as each
 // arrives: no frame threading, low delay.
+struct SwsContext;
+
 class FLKCaptureDecoder {
 public:
+    ~FLKCaptureDecoder();
+    FLKCaptureDecoder(const FLKCaptureDecoder&) = delete;
+    FLKCaptureDecoder& operator=(const FLKCaptureDecoder&) = delete;
+
     using PictureHandler = std::function<void(std::shared_ptr<const FLKPixelBuffer>)>;
 
     // Null with `reason` when no decoder can be opened.
@@ -26,5 +31,5 @@ private:
 
     flk::media::CodecContext context_;
     flk::media::Frame frame_;
-    FLKFrameScaler scaler_;
+    SwsContext* converter_ = nullptr;  // kept while the pictures' size and format stay
 };
