@@ -102,6 +102,7 @@ int main(int argc, char** argv) {
     double cpu = cpuSeconds() - cpuStart;
     uint64_t captured = output->frames - framesAtStart;
     uint64_t recorded = recorder->framesRecorded();
+    uint64_t dropped = recorder->picturesDropped();
     bool finished = false;
     std::optional<std::filesystem::path> file;
     recorder->finish([&](std::optional<std::filesystem::path> url) {
@@ -118,7 +119,9 @@ int main(int argc, char** argv) {
                 dynamic_cast<FLKScreenDevice&>(*device).monitor().height, FLKScreenDevice::kFrameRate, elapsed);
     std::printf("pictures captured  %llu of %.0f (%.2f %% missing)\n", static_cast<unsigned long long>(captured),
                 expected, 100.0 * std::max(0.0, expected - static_cast<double>(captured)) / expected);
-    std::printf("pictures recorded  %llu%s\n", static_cast<unsigned long long>(recorded), file ? "" : " (no file)");
+    std::printf("pictures recorded  %llu%s; %llu dropped on the way (main thread or encoder behind)\n",
+                static_cast<unsigned long long>(recorded), file ? "" : " (no file)",
+                static_cast<unsigned long long>(dropped));
     std::printf("processor a picture %.1f ms (%.0f %% of one core)\n", 1000.0 * cpu / std::max<uint64_t>(captured, 1),
                 100.0 * cpu / elapsed);
     std::printf("display to sprite  median %.1f ms, 90th %.1f ms, worst %.1f ms over %zu changes (frame period %.1f ms)\n",

@@ -109,7 +109,10 @@ bool FLKAdbCaptureInput::readOneRun(std::string* failure) {
         process_.reset();
     }
     int status = process->wait();
-    if (!produced && failure && failure->empty()) *failure = "screenrecord ended with status " + std::to_string(status);
+    if (!produced && failure && failure->empty()) {
+        *failure = process->availableErrorOutput();
+        if (failure->empty()) *failure = "screenrecord ended with status " + std::to_string(status);
+    }
     return produced;
 }
 

@@ -29,6 +29,12 @@ bool FLKCaptureSession::startRunning(FLKError* error) {
     handlers.frame = [weak, queue](FLKCapturedFrame frame) {
         auto self = weak.lock();
         if (!self) return;
+        // A main thread that falls behind must not pile up pictures of megabytes each.
+        if (self->inFlight_ >= kMaxFramesInFlight) {
+            ++self->dropped_;
+            if (frame.packets.empty()) return;
+            frame.pixels.reset();
+        }
         ++self->inFlight_;
         queue->post([weak, frame = std::move(frame)] {
             auto self = weak.lock();

@@ -36,6 +36,11 @@ public:
 
     // Frames handed to the main queue and not yet handled; any thread.
     int framesInFlight() const { return inFlight_; }
+    // Pictures not shown because the main thread was behind; any thread.
+    uint64_t picturesDropped() const { return dropped_; }
+    // Beyond this many frames waiting for the main thread, pictures are dropped
+    // (a kept stream's packets still go through, without their picture).
+    static constexpr int kMaxFramesInFlight = 3;
 
 private:
     explicit FLKCaptureSession(std::shared_ptr<FLKMainQueue> queue);
@@ -47,4 +52,5 @@ private:
     bool frameHandlerEnabled_ = true;            // main thread
     bool running_ = false;                       // main thread
     std::atomic<int> inFlight_ = 0;              // capture thread and main thread
+    std::atomic<uint64_t> dropped_ = 0;          // capture thread; read anywhere
 };

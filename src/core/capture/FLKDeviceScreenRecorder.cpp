@@ -81,6 +81,10 @@ bool FLKDeviceScreenRecorder::isRecording() const {
     return recordingWriter_ && !writerFinishing_ && recordingWriter_->isWriting();
 }
 
+uint64_t FLKDeviceScreenRecorder::picturesDropped() const {
+    return (session_ ? session_->picturesDropped() : 0) + (recordingWriter_ ? recordingWriter_->picturesDropped() : 0);
+}
+
 uint64_t FLKDeviceScreenRecorder::framesRecorded() const {
     return recordingWriter_ ? recordingWriter_->framesWritten() : 0;
 }
@@ -123,7 +127,12 @@ void FLKDeviceScreenRecorder::startSession() {
 }
 
 void FLKDeviceScreenRecorder::captureOutput(const FLKCapturedFrame& frame) {
-    if (!session_ || !frame.pixels) return;
+    if (!session_) return;
+    if (!frame.pixels) {
+        // A picture dropped on the way: a kept stream still needs its packets.
+        if (recordingWriter_ && !writerFinishing_ && recordingSessionStartTime_ >= 0) recordingWriter_->append(frame);
+        return;
+    }
     if (!isOutputtingPreviewBuffers_ && !isRealPicture(*frame.pixels)) return;
     if (deviceSize_.width == 0 && deviceSize_.height == 0) {
         deviceSize_ = FLKSize{static_cast<double>(frame.pixels->width), static_cast<double>(frame.pixels->height)};

@@ -60,6 +60,8 @@ public:
     const std::shared_ptr<FLKTemporaryStore>& temporaryRecordingStore() const { return temporaryRecordingStore_; }
     double recordingSessionStartTime() const { return recordingSessionStartTime_; }
     uint64_t framesRecorded() const;
+    // Pictures lost because the main thread or the encoder fell behind.
+    uint64_t picturesDropped() const;
 
     // Whether a frame whose top-left pixel is this (BGRA) can start the preview: sources
     // show black or a placeholder colour before their first real picture.

@@ -49,8 +49,6 @@ std::vector<uint8_t> parameterSets(const std::vector<uint8_t>& data) {
     }
     return sets;
 }
-
-// SPS width and height are not parsed here: the decoded picture that came with the packets says them.
 }  // namespace
 
 FLKRecordingWriter::FLKRecordingWriter(Options options) : options_(std::move(options)) {
@@ -105,6 +103,12 @@ void FLKRecordingWriter::append(FLKCapturedFrame frame) {
     {
         std::lock_guard lock(mutex_);
         if (finishing_) return;
+        // Pictures waiting to be encoded are dropped past a second's worth; a
+        // kept stream's packets never are (they are small, and the stream needs every one).
+        if (!options_.keepsSourceStream && static_cast<double>(queue_.size()) >= options_.frameRate) {
+            ++dropped_;
+            return;
+        }
         queue_.push_back(std::move(frame));
     }
     wake_.notify_all();
@@ -152,11 +156,11 @@ void FLKRecordingWriter::run() {
 }
 
 bool FLKRecordingWriter::write(const FLKCapturedFrame& frame) {
-    if (!frame.pixels) return true;
     if (options_.keepsSourceStream) {
         for (const auto& packet : frame.packets) {
             if (!output_) {
-                if (!packet->keyFrame) continue;  // a kept stream can only start on a key frame
+                // A kept stream can only start on a key frame, with the picture's size known.
+                if (!packet->keyFrame || !frame.pixels) continue;
                 auto sets = parameterSets(packet->data);
                 if (sets.empty()) continue;
                 if (!openMuxer(sets.data(), sets.size(), frame.pixels->width, frame.pixels->height)) return false;
@@ -172,6 +176,7 @@ bool FLKRecordingWriter::write(const FLKCapturedFrame& frame) {
         }
         return true;
     }
+    if (!frame.pixels) return true;
     if (!encoder_) {
         const AVCodec* codec = avcodec_find_encoder_by_name("libx264");
         if (!codec) codec = avcodec_find_encoder(AV_CODEC_ID_H264);

@@ -47,6 +47,8 @@ public:
     void finish(Completion completion);
     // Pictures written so far.
     uint64_t framesWritten() const { return framesWritten_; }
+    // Pictures to encode dropped because the encoder fell a second behind.
+    uint64_t picturesDropped() const { return dropped_; }
 
     static std::filesystem::path partURL(const std::filesystem::path& url);
     // Makes a normal MP4 of a part file (packets copied, index at the front);
@@ -80,6 +82,7 @@ private:
     std::thread thread_;                        // start()/destructor caller only
     std::atomic<bool> writing_ = false;
     std::atomic<uint64_t> framesWritten_ = 0;
+    std::atomic<uint64_t> dropped_ = 0;
 
     // Writer thread only:
     flk::media::OutputContext output_;

@@ -93,7 +93,7 @@ bool FLKSubprocess::start(const std::vector<std::string>& argv, std::string* rea
     out_ = outPipe[0];
     err_ = errPipe[0];
     // Error output is read only by run(); a long-running program must never block on it.
-    if (::fcntl(err_, F_SETFL, ::fcntl(err_, F_GETFL) | O_NONBLOCK) != 0) return true;
+    ::fcntl(err_, F_SETFL, ::fcntl(err_, F_GETFL) | O_NONBLOCK);
     return true;
 }
 
@@ -102,6 +102,15 @@ ssize_t FLKSubprocess::read(void* buffer, size_t size) {
         ssize_t n = ::read(out_, buffer, size);
         if (n >= 0 || errno != EINTR) return n;
     }
+}
+
+std::string FLKSubprocess::availableErrorOutput() {
+    std::string text;
+    char buffer[4096];
+    ssize_t n = 0;
+    while (err_ >= 0 && (n = ::read(err_, buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<size_t>(n));
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    return text;
 }
 
 bool FLKSubprocess::waitReadable(int milliseconds) const {

@@ -23,6 +23,8 @@ public:
     // Waits up to `milliseconds` for output (or its end); false on timeout.
     bool waitReadable(int milliseconds) const;
     int outputDescriptor() const { return out_; }
+    // What the program wrote to its error output so far, without waiting (the last 64 KiB at most).
+    std::string availableErrorOutput();
     // Signals the whole process group (SIGKILL: ends it) without reaping; any thread.
     void kill(int signal = SIGKILL);
     // Ends the whole process group and reaps the program.
