@@ -1,6 +1,12 @@
 #include "core/capture/FLKCaptureDecoder.h"
 
+#include "core/capture/FLKPixelBufferPool.h"
+
 #include <cstring>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+}
 
 extern "C" {
 #include <libswscale/swscale.h>
@@ -29,7 +35,7 @@ flk::media::CodecContext openContext(const AVCodec* codec, const AVCodecParamete
 }  // namespace
 
 FLKCaptureDecoder::FLKCaptureDecoder(flk::media::CodecContext context)
-    : context_(std::move(context)), frame_(av_frame_alloc()) {}
+    : context_(std::move(context)), frame_(av_frame_alloc()), pool_(FLKPixelBufferPool::make()) {}
 
 FLKCaptureDecoder::~FLKCaptureDecoder() { sws_freeContext(converter_); }
 
@@ -45,25 +51,40 @@ std::unique_ptr<FLKCaptureDecoder> FLKCaptureDecoder::make(AVCodecID codec, std:
     return std::unique_ptr<FLKCaptureDecoder>(new FLKCaptureDecoder(std::move(context)));
 }
 
+std::shared_ptr<const FLKPixelBuffer> FLKCaptureDecoder::convert(const uint8_t* const planes[], const int strides[],
+                                                                 int width, int height, AVPixelFormat format) {
+    converter_ = sws_getCachedContext(converter_, width, height, format, width, height, AV_PIX_FMT_BGRA, SWS_POINT,
+                                      nullptr, nullptr, nullptr);
+    if (!converter_) return nullptr;
+    // Converted straight into the buffer the sprite and the writer share: no second copy.
+    auto pixels = pool_->take(width, height);
+    uint8_t* destination[4] = {pixels->bgra.data(), nullptr, nullptr, nullptr};
+    int destinationStrides[4] = {pixels->stride, 0, 0, 0};
+    sws_scale(converter_, planes, strides, 0, height, destination, destinationStrides);
+    return pixels;
+}
+
 bool FLKCaptureDecoder::decode(const AVPacket* packet, const PictureHandler& handler) {
+    if (packet && context_->codec_id == AV_CODEC_ID_RAWVIDEO && context_->width > 0 && context_->height > 0) {
+        // A grabbed screen's packet is the picture itself: read it where it lies.
+        uint8_t* planes[4] = {};
+        int strides[4] = {};
+        if (av_image_fill_arrays(planes, strides, packet->data, context_->pix_fmt, context_->width, context_->height,
+                                 1) > packet->size) {
+            return false;
+        }
+        if (auto pixels = convert(planes, strides, context_->width, context_->height, context_->pix_fmt)) {
+            handler(std::move(pixels));
+        }
+        return true;
+    }
     int rc = avcodec_send_packet(context_.get(), packet);
     if (rc < 0 && rc != AVERROR_EOF) return false;
     while (avcodec_receive_frame(context_.get(), frame_.get()) == 0) {
-        const int width = frame_->width;
-        const int height = frame_->height;
-        // Converted straight into the buffer the sprite and the writer share: no second copy.
-        converter_ = sws_getCachedContext(converter_, width, height, static_cast<AVPixelFormat>(frame_->format), width,
-                                          height, AV_PIX_FMT_BGRA, SWS_POINT, nullptr, nullptr, nullptr);
-        if (!converter_) {
-            av_frame_unref(frame_.get());
-            continue;
-        }
-        auto pixels = std::make_shared<FLKPixelBuffer>(width, height);
-        uint8_t* destination[4] = {pixels->bgra.data(), nullptr, nullptr, nullptr};
-        int strides[4] = {pixels->stride, 0, 0, 0};
-        sws_scale(converter_, frame_->data, frame_->linesize, 0, height, destination, strides);
+        auto pixels = convert(frame_->data, frame_->linesize, frame_->width, frame_->height,
+                              static_cast<AVPixelFormat>(frame_->format));
         av_frame_unref(frame_.get());
-        handler(std::move(pixels));
+        if (pixels) handler(std::move(pixels));
     }
     return true;
 }

@@ -9,6 +9,7 @@
 // Turns a capture stream's packets into BGRA pictures as soon as each
 // arrives: no frame threading, low delay.
 struct SwsContext;
+class FLKPixelBufferPool;
 
 class FLKCaptureDecoder {
 public:
@@ -28,8 +29,11 @@ public:
 
 private:
     explicit FLKCaptureDecoder(flk::media::CodecContext context);
+    std::shared_ptr<const FLKPixelBuffer> convert(const uint8_t* const planes[], const int strides[], int width,
+                                                  int height, AVPixelFormat format);
 
     flk::media::CodecContext context_;
     flk::media::Frame frame_;
     SwsContext* converter_ = nullptr;  // kept while the pictures' size and format stay
+    std::shared_ptr<FLKPixelBufferPool> pool_;
 };
