@@ -111,13 +111,7 @@ TEST_F(AdbCaptureTest, PreviewReachesTheSpriteAndTheRecordingKeepsThePhonesPictu
     int runsAtRecord = runs();
     ASSERT_TRUE(queue->runUntil([&] { return recorder->framesRecorded() >= 2 * kClipFrames + 2; }, kGiveUp));
     EXPECT_GE(runs(), runsAtRecord + 3);  // the one record asked for, and two after time limits
-    std::optional<std::filesystem::path> result;
-    bool done = false;
-    recorder->finish([&](std::optional<std::filesystem::path> url) {
-        result = url;
-        done = true;
-    });
-    ASSERT_TRUE(queue->runUntil([&] { return done; }, kGiveUp));
+    auto result = flk::test::finishRecording(*recorder, *queue);
     ASSERT_TRUE(result);
     EXPECT_TRUE(delegate->saw("finish"));
     EXPECT_FALSE(std::filesystem::exists(result->string() + ".part"));
@@ -167,13 +161,7 @@ TEST_F(AdbCaptureTest, AnUnpluggedPhoneIsReportedOnceAsGoneAndTheRecordingIsKept
     std::ofstream(folder / "unplugged") << "gone\n";
     ASSERT_TRUE(queue->runUntil([&] { return !delegate->errors.empty(); }, kGiveUp));
     EXPECT_EQ(delegate->errors[0].code, flk::capture::kErrorDeviceWasDisconnected);
-    std::optional<std::filesystem::path> result;
-    bool done = false;
-    recorder->finish([&](std::optional<std::filesystem::path> url) {
-        result = url;
-        done = true;
-    });
-    ASSERT_TRUE(queue->runUntil([&] { return done; }, kGiveUp));
+    auto result = flk::test::finishRecording(*recorder, *queue);
     ASSERT_TRUE(result);
     EXPECT_GE(flk::test::decodeAll(*result).size(), 5u);
     // Silence after the error: not even the finish was told.

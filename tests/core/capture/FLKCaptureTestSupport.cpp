@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "core/capture/FLKCaptureDecoder.h"
+#include "core/capture/FLKDeviceScreenRecorder.h"
+#include "core/platform/FLKRunLoopMainQueue.h"
 #include "core/media/FLKMediaSupport.h"
 
 namespace flk::test {
@@ -35,6 +37,18 @@ std::vector<DecodedFrame> decodeAll(const std::filesystem::path& file) {
     std::sort(times.begin(), times.end());
     for (size_t i = 0; i < frames.size() && i < times.size(); ++i) frames[i].time = times[i];
     return frames;
+}
+
+std::optional<std::filesystem::path> finishRecording(FLKDeviceScreenRecorder& recorder, FLKRunLoopMainQueue& queue) {
+    std::optional<std::filesystem::path> result;
+    bool done = false;
+    recorder.finish([&](std::optional<std::filesystem::path> url) {
+        result = url;
+        done = true;
+    });
+    // A safety net against a hang, not a timing: the file is complete when `done` is.
+    queue.runUntil([&] { return done; }, 60);
+    return result;
 }
 
 bool makeTestPattern(const std::filesystem::path& file, int frames, int width, int height) {

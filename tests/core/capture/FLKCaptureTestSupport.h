@@ -10,7 +10,13 @@
 #include "core/capture/FLKDeviceScreenRecorderDelegate.h"
 #include "core/platform/FLKPixelBuffer.h"
 
+class FLKDeviceScreenRecorder;
+class FLKRunLoopMainQueue;
+
 namespace flk::test {
+
+// Finishes the recording and runs the loop until the file is complete; its location, if any.
+std::optional<std::filesystem::path> finishRecording(FLKDeviceScreenRecorder& recorder, FLKRunLoopMainQueue& queue);
 
 struct DecodedFrame {
     std::shared_ptr<const FLKPixelBuffer> pixels;

@@ -5,51 +5,10 @@
 #include <functional>
 
 #include "core/capture/FLKDeviceFinder.h"
-#include "core/capture/FLKMobileDevice.h"
-#include "core/capture/FLKScreenDevice.h"
+#include "core/capture/FLKHandFedDeviceProvider.h"
 #include "core/platform/FLKManualMainQueue.h"
 
 namespace {
-
-// Sources the test adds and removes by hand, announcing changes as a watcher thread would.
-class HandFedProvider : public FLKDeviceProvider {
-public:
-    explicit HandFedProvider(bool displays) : displays_(displays) {}
-    std::vector<std::shared_ptr<FLKDevice>> devices() override {
-        std::vector<std::shared_ptr<FLKDevice>> out;
-        for (const auto& id : ids_) {
-            if (displays_) {
-                FLKX11Monitor monitor;
-                monitor.name = "Monitor " + id;
-                monitor.uniqueIdentifier = "display:" + id;
-                out.push_back(std::make_shared<FLKScreenDevice>(monitor, ":99"));
-            } else {
-                out.push_back(std::make_shared<FLKMobileDevice>(FLKAdbDeviceEntry{id, "device", "Phone_" + id, "", ""}));
-            }
-        }
-        return out;
-    }
-    void startWatching(std::function<void()> changed) override {
-        ++watchCalls;
-        changed_ = std::move(changed);
-    }
-    void stopWatching() override { changed_ = nullptr; }
-
-    void add(const std::string& id) {
-        ids_.push_back(id);
-        if (changed_) changed_();
-    }
-    void remove(const std::string& id) {
-        ids_.erase(std::remove(ids_.begin(), ids_.end(), id), ids_.end());
-        if (changed_) changed_();
-    }
-    int watchCalls = 0;
-
-private:
-    bool displays_;
-    std::vector<std::string> ids_;
-    std::function<void()> changed_;
-};
 
 class Recorder : public FLKDeviceFinderObserver {
 public:
@@ -66,9 +25,9 @@ public:
 
 struct FinderTest : ::testing::Test {
     std::shared_ptr<FLKManualMainQueue> queue = std::make_shared<FLKManualMainQueue>();
-    std::shared_ptr<HandFedProvider> phones = std::make_shared<HandFedProvider>(false);
-    std::shared_ptr<HandFedProvider> cards = std::make_shared<HandFedProvider>(false);
-    std::shared_ptr<HandFedProvider> monitors = std::make_shared<HandFedProvider>(true);
+    std::shared_ptr<flk::test::HandFedDeviceProvider> phones = std::make_shared<flk::test::HandFedDeviceProvider>(false);
+    std::shared_ptr<flk::test::HandFedDeviceProvider> cards = std::make_shared<flk::test::HandFedDeviceProvider>(false);
+    std::shared_ptr<flk::test::HandFedDeviceProvider> monitors = std::make_shared<flk::test::HandFedDeviceProvider>(true);
     FLKDeviceFinder finder{{phones, cards}, {monitors}, queue};
 
     // A timer still pending holds its queue; running it out lets both go.
@@ -176,7 +135,7 @@ TEST_F(FinderTest, InstallingTwiceWatchesOnceAndAFinderGoneIgnoresLateEvents) {
     finder.findDevices();
     EXPECT_EQ(phones->watchCalls, 2);  // asked twice; a provider keeps one watcher
     auto queue2 = std::make_shared<FLKManualMainQueue>();
-    auto provider = std::make_shared<HandFedProvider>(false);
+    auto provider = std::make_shared<flk::test::HandFedDeviceProvider>(false);
     auto seen = std::make_shared<Recorder>();
     {
         FLKDeviceFinder shortLived({provider}, {}, queue2);

@@ -155,13 +155,7 @@ TEST(FLKScreenCapture, TheRecordingShowsTheDisplaysColoursInOrder) {
     ASSERT_TRUE(showing(kTeal, 10));
     painter.fill(kPurple);
     ASSERT_TRUE(showing(kPurple, 10));
-    std::optional<std::filesystem::path> result;
-    bool done = false;
-    recorder->finish([&](std::optional<std::filesystem::path> url) {
-        result = url;
-        done = true;
-    });
-    ASSERT_TRUE(queue->runUntil([&] { return done; }, kGiveUp));
+    auto result = flk::test::finishRecording(*recorder, *queue);
     ASSERT_TRUE(result);
 
     auto frames = flk::test::decodeAll(*result);
