@@ -11,6 +11,7 @@
 #include "core/capture/FLKRecordingWriter.h"
 #include "core/platform/FLKLocalStore.h"
 #include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKNotificationCenter.h"
 #include "core/platform/FLKTemporaryStore.h"
 
 namespace {
@@ -37,9 +38,19 @@ std::shared_ptr<FLKDeviceScreenRecorder> FLKDeviceScreenRecorder::make(
     std::shared_ptr<FLKDevice> device, std::weak_ptr<FLKDeviceScreenRecorderDelegate> delegate,
     std::shared_ptr<FLKStore> temporaryStore, std::shared_ptr<FLKMainQueue> queue,
     std::optional<std::filesystem::path> destinationURL) {
-    return std::shared_ptr<FLKDeviceScreenRecorder>(
+    std::shared_ptr<FLKDeviceScreenRecorder> recorder(
         new FLKDeviceScreenRecorder(std::move(device), std::move(delegate), std::move(temporaryStore),
                                     queue ? std::move(queue) : FLKMainQueue::main(), std::move(destinationURL)));
+    recorder->observeAppStates();
+    return recorder;
+}
+
+void FLKDeviceScreenRecorder::observeAppStates() {
+    std::weak_ptr<FLKDeviceScreenRecorder> weak = weak_from_this();
+    terminateToken_ = FLKNotificationCenter::defaultCenter().addObserver(
+        kFLKApplicationWillTerminateNotification, nullptr, [weak](const FLKNotification&) {
+            if (auto self = weak.lock()) self->finishAndCleanup();
+        });
 }
 
 FLKDeviceScreenRecorder::FLKDeviceScreenRecorder(std::shared_ptr<FLKDevice> device,
@@ -62,6 +73,7 @@ FLKDeviceScreenRecorder::FLKDeviceScreenRecorder(std::shared_ptr<FLKDevice> devi
 }
 
 FLKDeviceScreenRecorder::~FLKDeviceScreenRecorder() {
+    FLKNotificationCenter::defaultCenter().removeObserver(terminateToken_);
     if (session_) session_->stopRunning();
 }
 

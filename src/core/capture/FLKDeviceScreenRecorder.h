@@ -10,6 +10,9 @@
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKSize.h"
 
+// Posted by the program as it quits: recorders finish and delete their unkept recordings.
+inline constexpr const char* kFLKApplicationWillTerminateNotification = "FLKApplicationWillTerminateNotification";
+
 class FLKCaptureSession;
 class FLKDevice;
 class FLKDeviceScreenOutput;
@@ -76,6 +79,7 @@ private:
     FLKDeviceScreenRecorder(std::shared_ptr<FLKDevice> device, std::weak_ptr<FLKDeviceScreenRecorderDelegate> delegate,
                             std::shared_ptr<FLKStore> temporaryStore, std::shared_ptr<FLKMainQueue> queue,
                             std::optional<std::filesystem::path> destinationURL);
+    void observeAppStates();
     void startSession();
     void stopSession(std::function<void(std::optional<std::filesystem::path>)> done);
     std::shared_ptr<FLKRecordingWriter> createRecordingWriter();
@@ -102,4 +106,5 @@ private:
     FLKSize deviceSize_{};
     std::optional<std::string> pendingSaveName_;
     std::function<void(std::optional<std::filesystem::path>)> finishDone_;
+    uint64_t terminateToken_ = 0;
 };

@@ -13,6 +13,7 @@
 #include "core/capture/FLKDeviceScreenRecorder.h"
 #include "core/capture/FLKMobileDevice.h"
 #include "core/platform/FLKLocalStore.h"
+#include "core/platform/FLKNotificationCenter.h"
 #include "core/platform/FLKPaths.h"
 #include "core/platform/FLKRunLoopMainQueue.h"
 #include "core/scene/FLKRealtimeVideoSprite.h"
@@ -144,6 +145,22 @@ TEST_F(AdbCaptureTest, PreviewReachesTheSpriteAndTheRecordingKeepsThePhonesPictu
     EXPECT_EQ(*delegate->savedURL, store->createFileURLWithName("Standin take"));
     EXPECT_EQ(flk::test::decodeAll(*delegate->savedURL).size(), recorded.size());
     EXPECT_FALSE(std::filesystem::exists(*result));
+}
+
+TEST_F(AdbCaptureTest, QuittingFinishesTheRecordingAndDeletesWhatWasNotKept) {
+    auto delegate = std::make_shared<flk::test::RecordingDelegate>();
+    auto recorder = FLKDeviceScreenRecorder::make(phone(), delegate, FLKDeviceScreenRecorder::recentlyRecordedStore(),
+                                                  queue);
+    recorder->preview();
+    ASSERT_TRUE(queue->runUntil([&] { return recorder->hasPreview(); }, kGiveUp));
+    recorder->record();
+    ASSERT_TRUE(queue->runUntil([&] { return recorder->framesRecorded() >= 3; }, kGiveUp));
+    FLKNotificationCenter::defaultCenter().post(kFLKApplicationWillTerminateNotification);
+    EXPECT_FALSE(recorder->isRecording());
+    ASSERT_TRUE(queue->runUntil([&] { return delegate->saw("finish"); }, kGiveUp));
+    queue->runUntil([] { return false; }, 0);
+    EXPECT_FALSE(std::filesystem::exists(recorder->temporaryDestinationURL()));
+    EXPECT_FALSE(std::filesystem::exists(recorder->temporaryDestinationURL().string() + ".part"));
 }
 
 TEST_F(AdbCaptureTest, AnUnpluggedPhoneIsReportedOnceAsGoneAndTheRecordingIsKept) {
