@@ -2,12 +2,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/DevicesCommand.h"
 #include "cli/ExportCommand.h"
 #include "cli/FrameCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/NewCommand.h"
 #include "cli/PresetsCommand.h"
+#include "cli/RecordCommand.h"
 #include "cli/TemplatesCommand.h"
+#include "cli/CommandSupport.h"
+#include "core/capture/FLKDeviceScreenRecorder.h"
 #include "core/media/FLKMediaSupport.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/model/FLKSceneLoader.h"
@@ -36,6 +40,12 @@ int main(int argc, char** argv) {
     app.parse_complete_callback([&verbose] {
         if (!verbose) flk::setLogSink([](const std::string&) {});
         flk::media::setLibraryLogVerbose(verbose);
+        // A recording a crash or kill cut short becomes a normal file again.
+        std::vector<FLKError> errors;
+        for (const auto& url : FLKDeviceScreenRecorder::recoverInterruptedRecordings(&errors)) {
+            flk::cli::warn("recovered an interrupted recording: " + url.string());
+        }
+        for (const auto& error : errors) flk::cli::warn(error.fullMessage());
     });
     int exitCode = 0;
     TemplatesCommand::add(app, exitCode);
@@ -44,6 +54,8 @@ int main(int argc, char** argv) {
     FrameCommand::add(app, exitCode);
     ExportCommand::add(app, exitCode);
     PresetsCommand::add(app, exitCode);
+    DevicesCommand::add(app, exitCode);
+    RecordCommand::add(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -1,5 +1,6 @@
 #include "core/model/FLKSceneModifier.h"
 
+#include "core/capture/FLKDevice.h"
 #include "core/scene/FLKQuad.h"
 
 FLKSceneModifier::FLKSceneModifier(std::shared_ptr<FLKScene> scene,
@@ -48,6 +49,13 @@ int64_t FLKSceneModifier::removeCurrentTexturedSprite() {
 std::shared_ptr<FLKVideoContainer> FLKSceneModifier::loadVideoWithURL(const std::filesystem::path& url) {
     if (timelineClipFactory_) timelineClipFactory_->makeClipForResourceURL(url);
     return videoContainer();
+}
+
+std::shared_ptr<FLKRealtimeVideoSprite> FLKSceneModifier::loadRealtimeSpriteForDevice(const FLKDevice& device) {
+    auto sprite = FLKRealtimeVideoSprite::realtimeVideoSprite();
+    sprite->setRespondsToOrientationChanges(device.canChangeOrientation());
+    if (auto container = videoContainer()) container->setVideo(sprite);
+    return sprite;
 }
 
 std::shared_ptr<FLKAudioTrack> FLKSceneModifier::loadAudioWithURL(const std::filesystem::path& url) {

@@ -37,6 +37,7 @@ public:
     // the scene; answers its zOrder, or the not-yet-placed zOrder when none.
     int64_t removeCurrentTexturedSprite();
     std::shared_ptr<FLKVideoContainer> loadVideoWithURL(const std::filesystem::path& url) override;
+    std::shared_ptr<FLKRealtimeVideoSprite> loadRealtimeSpriteForDevice(const FLKDevice& device) override;
     // Null when the scene has no video container to carry the sound.
     std::shared_ptr<FLKAudioTrack> loadAudioWithURL(const std::filesystem::path& url) override;
     void unloadAudio() override;

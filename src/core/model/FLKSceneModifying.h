@@ -7,8 +7,11 @@
 #include "core/scene/FLKAudioTrack.h"
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKObject.h"
+#include "core/scene/FLKRealtimeVideoSprite.h"
 #include "core/scene/FLKTexturedSprite.h"
 #include "core/scene/FLKVideoContainer.h"
+
+class FLKDevice;
 
 // The changes the editor may make to a scene.
 class FLKSceneModifying {
@@ -25,6 +28,8 @@ public:
     // A playing track for the file, attached to the video container.
     virtual std::shared_ptr<FLKAudioTrack> loadAudioWithURL(const std::filesystem::path& url) = 0;
     virtual void unloadAudio() = 0;
+    // A live sprite for the device, made the container's video; the caller connects it to a recorder.
+    virtual std::shared_ptr<FLKRealtimeVideoSprite> loadRealtimeSpriteForDevice(const FLKDevice& device) = 0;
     // Frames the camera on the background.
     virtual void focusCamera() = 0;
     virtual void setCamera(const std::shared_ptr<FLKCamera>& camera) = 0;

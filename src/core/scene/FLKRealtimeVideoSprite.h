@@ -2,11 +2,12 @@
 
 #include <atomic>
 
+#include "core/capture/FLKDeviceScreenOutput.h"
 #include "core/scene/FLKVideoSprite.h"
 
 // A video sprite fed live by a recorder. It is never stored: it answers no
 // dictionary and no media files.
-class FLKRealtimeVideoSprite : public FLKVideoSprite {
+class FLKRealtimeVideoSprite : public FLKVideoSprite, public FLKDeviceScreenOutput {
 public:
     FLKRealtimeVideoSprite() = default;
     static std::shared_ptr<FLKRealtimeVideoSprite> realtimeVideoSprite();
@@ -18,6 +19,9 @@ public:
 
     // Called on the recorder's delivery thread.
     void recorderDidOutputSampleBuffer(const FLKSampleBuffer& sampleBuffer) { updateWithSampleBuffer(sampleBuffer); }
+    void recorderDidOutputSampleBuffer(FLKDeviceScreenRecorder&, const FLKSampleBuffer& sampleBuffer) override {
+        updateWithSampleBuffer(sampleBuffer);
+    }
 
     bool respondsToOrientationChanges() const { return respondsToOrientationChanges_; }
     void setRespondsToOrientationChanges(bool responds) { respondsToOrientationChanges_ = responds; }

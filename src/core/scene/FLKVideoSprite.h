@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "core/gpu/FLKGPUTexture.h"
-#include "core/scene/FLKSampleBuffer.h"
+#include "core/platform/FLKSampleBuffer.h"
 #include "core/scene/FLKTexturedSprite.h"
 #include "core/scene/FLKVideo.h"
 
