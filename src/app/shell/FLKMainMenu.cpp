@@ -20,6 +20,7 @@
 #include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKFileExtensions.h"
 #include "core/platform/FLKPaths.h"
+#include "core/platform/FLKUserDefaults.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKQuad.h"
@@ -50,6 +51,7 @@ FLKMainMenu::FLKMainMenu(FLKMainWindow& window, FLKDocumentController& documents
     buildEditMenu();
     buildViewMenu();
     buildPlaybackMenu();
+    buildHelpMenu();
 }
 
 QAction* FLKMainMenu::addItem(QMenu* menu, const QString& title, std::function<void()> perform, Shortcut shortcut) {
@@ -68,7 +70,7 @@ void FLKMainMenu::buildFileMenu() {
     newFromTemplateMenu_ = file->addMenu("New from &Template");
     connect(newFromTemplateMenu_, &QMenu::aboutToShow, this, &FLKMainMenu::fillNewFromTemplateMenu);
     fillNewFromTemplateMenu();
-    openAction_ = addItem(file, "&Open...", [this] { openWithDialog(); });
+    openAction_ = addItem(file, "&Open...", [this] { documents_.openWithDialog(&window_); });
     openAction_->setShortcut(QKeySequence::Open);
     openRecentMenu_ = file->addMenu("Open &Recent");
     connect(openRecentMenu_, &QMenu::aboutToShow, this, &FLKMainMenu::fillOpenRecentMenu);
@@ -182,10 +184,11 @@ void FLKMainMenu::buildPlaybackMenu() {
             [this] { loopAction_->setChecked(FLKTimeline::masterTimeline()->isLooping()); });
 }
 
-void FLKMainMenu::openWithDialog() {
-    const QString path = QFileDialog::getOpenFileName(
-        &window_, "Open", QDir::homePath(), QStringLiteral("Flickwell documents (*.%1)").arg(kFLKFileExtensionFlickwell));
-    if (!path.isEmpty()) documents_.openDocument(path);
+void FLKMainMenu::buildHelpMenu() {
+    QMenu* help = window_.menuBar()->addMenu("&Help");
+    welcomeAction_ = addItem(
+        help, "&Welcome to Flickwell", [this] { window_.showWelcomeScreen(FLKUserDefaults::standardUserDefaults()); },
+        Shortcut::None);
 }
 
 void FLKMainMenu::importMediaWithDialog() {

@@ -11,7 +11,7 @@ class FLKMainWindow;
 class QAction;
 class QMenu;
 
-// The main window's menu bar: File, Edit, View and Playback, with the
+// The main window's menu bar: File, Edit, View, Playback and Help, with the
 // desktop's standard shortcuts where there is one. Every item chosen leaves a
 // breadcrumb. Main thread only.
 class FLKMainMenu : public QObject {
@@ -38,6 +38,7 @@ public:
     QAction* zoomToFitAction() const { return zoomToFitAction_; }
     QAction* playPauseAction() const { return playPauseAction_; }
     QAction* loopAction() const { return loopAction_; }
+    QAction* welcomeAction() const { return welcomeAction_; }
     QMenu* openRecentMenu() const { return openRecentMenu_; }
     QMenu* newFromTemplateMenu() const { return newFromTemplateMenu_; }
 
@@ -58,9 +59,9 @@ private:
     void buildEditMenu();
     void buildViewMenu();
     void buildPlaybackMenu();
+    void buildHelpMenu();
     void fillOpenRecentMenu();
     void fillNewFromTemplateMenu();
-    void openWithDialog();
     void saveAsTemplateWithDialog();
     void importMediaWithDialog();
     void rotateVideo();
@@ -91,6 +92,7 @@ private:
     QAction* zoomToFitAction_ = nullptr;
     QAction* playPauseAction_ = nullptr;
     QAction* loopAction_ = nullptr;
+    QAction* welcomeAction_ = nullptr;
     QMenu* openRecentMenu_ = nullptr;
     QMenu* newFromTemplateMenu_ = nullptr;
 };
