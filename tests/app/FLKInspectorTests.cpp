@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
@@ -42,6 +43,7 @@
 #include "core/model/FLKSceneModifier.h"
 #include "core/model/FLKTemplateManager.h"
 #include "core/scene/FLKScene.h"
+#include "core/scene/FLKTexturedSprite.h"
 #include "core/scene/FLKVideoContainer.h"
 #include "core/timeline/FLKTimeline.h"
 #include "core/timeline/FLKTimelineVideoTrack.h"
@@ -131,6 +133,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
     void choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip();
+    void ownTemplatesAreSavedRenamedAndDeletedFromThePage();
     void aColourPickIsOneUndoStepAndCancellingChangesNothing();
     void masksGoOnTheSelectedScreenAndTheLibraryFollowsImports();
     void theWelcomeWindowOpensARecentDocumentAndStartsFromATemplate();
@@ -248,6 +251,41 @@ void InspectorTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() 
     QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "inspector-templates.png"));
 }
 
+void InspectorTests::ownTemplatesAreSavedRenamedAndDeletedFromThePage() {
+    auto* page = showPage<FLKTemplatesInspector>("Templates");
+    QVERIFY(page);
+    FLKTemplateGrid* grid = page->grid();
+    auto& manager = FLKTemplateManager::defaultManager();
+    const int builtIn = grid->count();
+
+    answerNextDialog<QInputDialog>([](QInputDialog* dialog) {
+        dialog->setTextValue("My Promo");
+        dialog->accept();
+    });
+    QTest::mouseClick(page->saveButton(), Qt::LeftButton);
+    // The grid follows the manager's notice, the new template last and current.
+    QTRY_COMPARE(grid->count(), builtIn + 1);
+    QCOMPARE(grid->item(builtIn)->text(), QString("My Promo"));
+    QCOMPARE(grid->currentRow(), builtIn);
+    QVERIFY(page->renameButton()->isEnabled() && page->deleteButton()->isEnabled());
+
+    answerNextDialog<QInputDialog>([](QInputDialog* dialog) {
+        dialog->setTextValue("Launch Promo");
+        dialog->accept();
+    });
+    QTest::mouseClick(page->renameButton(), Qt::LeftButton);
+    QTRY_COMPARE(grid->item(builtIn)->text(), QString("Launch Promo"));
+    QVERIFY(manager.templateWithName("Launch Promo"));
+    QVERIFY(!manager.templateWithName("My Promo"));
+
+    answerNextDialog<QMessageBox>([](QMessageBox* box) { box->button(QMessageBox::Yes)->click(); });
+    grid->setCurrentRow(builtIn);
+    QTest::mouseClick(page->deleteButton(), Qt::LeftButton);
+    QTRY_COMPARE(grid->count(), builtIn);
+    QVERIFY(!manager.templateWithName("Launch Promo"));
+    QVERIFY(!page->deleteButton()->isEnabled());
+}
+
 void InspectorTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
     auto* page = showPage<FLKBackgroundInspector>("Background");
     QVERIFY(page);
@@ -294,6 +332,30 @@ void InspectorTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
     QCOMPARE(QColor::fromRgbF(whileOpen[2].red, whileOpen[2].green, whileOpen[2].blue), QColor(Qt::magenta));
     QVERIFY(gradientColors() == before);
     QCOMPARE(undoDepth(), depth);
+
+    // A picture instead, taken as a dropped one is, and taken away again.
+    QImage picture(64, 48, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    QVERIFY(picture.save(media.filePath("backdrop.png")));
+    QVERIFY(!page->removeImageButton()->isEnabled());
+    answerNextDialog<QFileDialog>([this](QFileDialog* dialog) {
+        dialog->selectFile(media.filePath("backdrop.png"));
+        static_cast<QDialog*>(dialog)->accept();
+    });
+    QTest::mouseClick(page->imageButton(), Qt::LeftButton);
+    auto pictures = [] {
+        int count = 0;
+        for (const auto& node : loader().currentScene()->childrenWithClass(typeid(FLKTexturedSprite))) {
+            count += node->name() && *node->name() == FLKSceneModifier::kBackgroundSpriteName;
+        }
+        return count;
+    };
+    QCOMPARE(pictures(), 1);
+    QVERIFY(page->removeImageButton()->isEnabled());
+    QTest::mouseClick(page->removeImageButton(), Qt::LeftButton);
+    QCOMPARE(pictures(), 0);
+    QVERIFY(!page->removeImageButton()->isEnabled());
+    QVERIFY(window->canvasViewModels()->selecting()->selectedObjects().empty());
 }
 
 void InspectorTests::masksGoOnTheSelectedScreenAndTheLibraryFollowsImports() {

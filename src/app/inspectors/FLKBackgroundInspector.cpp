@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
@@ -18,6 +20,8 @@
 #include "core/scene/FLKTexturedSprite.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKBackgroundViewModel.h"
+#include "editing/FLKCanvasViewModels.h"
+#include "editing/FLKSelectionWidgetViewModel.h"
 
 namespace {
 const std::array<const char*, FLKBackgroundInspector::kCornerCount> kCornerNames = {"Top left", "Top right",
@@ -147,6 +151,11 @@ void FLKBackgroundInspector::chooseImageWithDialog() {
 void FLKBackgroundInspector::removeImage() {
     auto picture = backgroundPicture();
     if (!picture) return;
+    // A dropped picture is selected when it comes; a selection of what is gone would swallow clicks.
+    if (FLKCanvasViewModels* models = window_.canvasViewModels(); models && models->selecting()) {
+        const auto& selected = models->selecting()->selectedObjects();
+        if (std::find(selected.begin(), selected.end(), picture) != selected.end()) models->selecting()->deselectAll();
+    }
     picture->removeFromParent();
     window_.documentController()->noteChange();
     window_.sceneView()->update();
