@@ -10,6 +10,8 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTabBar>
@@ -473,6 +475,26 @@ void InspectorTests::theDockLayoutSurvivesARestart() {
     QVERIFY(!window->inspectorDock()->isFloating());
     // The pages are there again as well.
     for (const char* title : {"Templates", "Background", "Masks"}) QVERIFY(window->inspectorPanel()->indexOfPage(title) >= 0);
+
+    // Closed, it stays closed at the next start, and the View menu brings it back.
+    window->inspectorDock()->close();
+    QVERIFY(window->close());
+    window.reset();
+    makeWindow();
+    window->setupPanels();
+    window->showPanels();
+    QVERIFY(!window->inspectorDock()->isVisible());
+    QVERIFY(window->timelineDock()->isVisible());
+    QAction* showItem = nullptr;
+    for (QAction* menu : window->menuBar()->actions()) {
+        if (menu->text() != "&View") continue;
+        for (QAction* item : menu->menu()->actions()) {
+            if (item->text() == "Inspector") showItem = item;
+        }
+    }
+    QVERIFY(showItem);
+    showItem->trigger();
+    QVERIFY(window->inspectorDock()->isVisible());
 }
 
 int main(int argc, char** argv) { return flk_test::runTests<InspectorTests>(argc, argv); }

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
@@ -146,6 +147,7 @@ void FLKMainMenu::setDeleteHandler(std::function<void()> handler) {
 
 void FLKMainMenu::buildViewMenu() {
     QMenu* view = window_.menuBar()->addMenu("&View");
+    viewMenu_ = view;
     rotateVideoAction_ = addItem(view, "&Rotate Video", [this] { rotateVideo(); });
     rotateVideoAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     editVerticesAction_ = addItem(view, "Edit &Vertices", [this] {
@@ -166,6 +168,13 @@ void FLKMainMenu::buildViewMenu() {
     zoomOutAction_->setShortcuts(QKeySequence::ZoomOut);
     zoomToFitAction_ = addItem(view, "Zoom to &Fit", [this] { zoomToFit(); });
     zoomToFitAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+}
+
+void FLKMainMenu::addPanelItem(QDockWidget* panel) {
+    if (!panelsSeparator_) panelsSeparator_ = viewMenu_->addSeparator();
+    QAction* item = panel->toggleViewAction();
+    viewMenu_->addAction(item);
+    FLKBreadcrumbLog::watchMenuItem(viewMenu_->title(), item);
 }
 
 void FLKMainMenu::buildPlaybackMenu() {

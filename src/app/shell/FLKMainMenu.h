@@ -9,6 +9,7 @@ class FLKDocumentController;
 class FLKFileHandler;
 class FLKMainWindow;
 class QAction;
+class QDockWidget;
 class QMenu;
 
 // The main window's menu bar: File, Edit, View, Playback and Help, with the
@@ -45,6 +46,8 @@ public:
     // What Delete removes belongs to the panel that holds the selection (the
     // timeline's clips); until one sets it, Delete stays disabled.
     void setDeleteHandler(std::function<void()> handler);
+    // An item of the View menu that shows or hides the panel.
+    void addPanelItem(QDockWidget* panel);
 
     // Zoom steps multiply or divide the camera's scale by this.
     static constexpr double kZoomStep = 1.25;
@@ -95,4 +98,6 @@ private:
     QAction* welcomeAction_ = nullptr;
     QMenu* openRecentMenu_ = nullptr;
     QMenu* newFromTemplateMenu_ = nullptr;
+    QMenu* viewMenu_ = nullptr;
+    QAction* panelsSeparator_ = nullptr;
 };

@@ -107,6 +107,8 @@ void FLKMainWindow::buildInspectorDock() {
     addInspectorPage("Templates", new FLKTemplatesInspector(*this));
     addInspectorPage("Background", new FLKBackgroundInspector(*this));
     addInspectorPage("Masks", new FLKMasksInspector(*this));
+    mainMenu_->addPanelItem(timelineDock_);
+    mainMenu_->addPanelItem(inspectorDock_);
 }
 
 void FLKMainWindow::addInspectorPage(const QString& title, QWidget* page) { inspectorPanel_->addPage(title, page); }
@@ -194,11 +196,18 @@ void FLKMainWindow::startLaunchSequence(FLKUserDefaults& defaults, std::shared_p
 }
 
 void FLKMainWindow::setupPanels() {
-    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->hide();
+    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (!dock->isHidden()) panelsToShow_.emplace_back(dock);
+        dock->hide();
+    }
 }
 
 void FLKMainWindow::showPanels() {
-    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->show();
+    // Once: a panel the user closed later stays closed.
+    for (const auto& dock : panelsToShow_) {
+        if (dock) dock->show();
+    }
+    panelsToShow_.clear();
 }
 
 void FLKMainWindow::enableUserInteraction(bool enabled) { sceneView_->setUserInteractionEnabled(enabled); }

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 #include "app/shell/FLKWelcomeWindow.h"
 #include "core/platform/FLKNotificationCenter.h"
@@ -62,7 +63,8 @@ public:
     // input until it closes), otherwise the panels. `defaults` must outlive
     // the window.
     void startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue);
-    // Panels are the window's docks: hidden from here until showPanels.
+    // Panels are the window's docks: those shown (as the kept layout has
+    // them) are hidden from here until showPanels brings them back.
     void setupPanels();
     void showPanels();
     void showWelcomeScreen(FLKUserDefaults& defaults);
@@ -98,5 +100,6 @@ private:
     FLKMainMenu* mainMenu_ = nullptr;
     std::unique_ptr<FLKCanvasViewModels> canvasViewModels_;
     QPointer<FLKWelcomeWindow> welcomeWindow_;
+    std::vector<QPointer<QDockWidget>> panelsToShow_;
     FLKObservation sceneLoadObservation_;
 };
