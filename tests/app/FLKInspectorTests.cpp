@@ -445,6 +445,19 @@ void InspectorTests::theWelcomeWindowOpensARecentDocumentAndStartsFromATemplate(
     QCOMPARE(int(clipFiles().size()), 1);
     QCOMPARE(window->sceneView()->scene(), loader().currentScene());
 
+    // Any document through its Open button.
+    QVERIFY(documents.newDocument());
+    window->mainMenu()->welcomeAction()->trigger();
+    QVERIFY(window->welcomeWindow());
+    answerNextDialog<QFileDialog>([saved](QFileDialog* dialog) {
+        dialog->selectFile(saved);
+        static_cast<QDialog*>(dialog)->accept();
+    });
+    QTest::mouseClick(window->welcomeWindow()->openButton(), Qt::LeftButton);
+    QTRY_VERIFY(!window->welcomeWindow());
+    QCOMPARE(documents.filePath(), QFileInfo(saved).absoluteFilePath());
+    QCOMPARE(int(clipFiles().size()), 1);
+
     // Starting from a template again announces the new scene before it replaces this one.
     window->mainMenu()->welcomeAction()->trigger();
     welcome = window->welcomeWindow();
