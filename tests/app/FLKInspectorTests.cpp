@@ -79,6 +79,13 @@ std::vector<FLKColor> gradientColors() {
     return gradient ? gradient->colors() : std::vector<FLKColor>{};
 }
 
+std::shared_ptr<FLKTimelineVideoTrack> videoTrack() {
+    for (const auto& track : loader().currentTimeline()->tracks()) {
+        if (auto video = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) return video;
+    }
+    return nullptr;
+}
+
 size_t undoDepth() { return FLKActionPipeline::sharedPipeline().undoQueue().size(); }
 
 // Runs `answer` on the next modal dialog of type `Dialog` once it is up.
@@ -222,6 +229,11 @@ void InspectorTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() 
     QVERIFY(FLKTemplateManager::defaultManager().selectedTemplate() != chosenTemplate);
     const auto sceneBefore = loader().currentScene();
     const auto clipName = clipFiles().front().filename();
+    // Cut first: the clip comes along as cut.
+    auto clip = videoTrack()->videoClips().front();
+    videoTrack()->trimClipRightFromTimelineTime(clip, clip->timeRange().start + clip->duration() / 2);
+    const double cutDuration = videoTrack()->videoClips().front()->duration();
+    QVERIFY(cutDuration < clip->duration());
     const auto screenBefore = screen()->shape()->bounds();
     NewSceneWatch watch;
     grid->scrollToItem(grid->item(chosen));
@@ -238,6 +250,7 @@ void InspectorTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() 
     const auto files = clipFiles();
     QCOMPARE(int(files.size()), 1);
     QCOMPARE(files.front().filename(), clipName);
+    QCOMPARE(videoTrack()->videoClips().front()->duration(), cutDuration);
     QVERIFY(std::filesystem::exists(files.front()));
     QVERIFY(flk::isLexicallyInside(files.front(), FLKFile::currentFile()->media()->url()));
     QVERIFY(screen()->video());

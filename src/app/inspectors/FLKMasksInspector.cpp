@@ -4,7 +4,6 @@
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QImage>
-#include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPainter>

@@ -13,6 +13,7 @@
 #include "core/platform/FLKFileExtensions.h"
 #include "core/platform/FLKFileSerializationContext.h"
 #include "core/platform/FLKPaths.h"
+#include "core/platform/FLKSerializable.h"
 #include "core/platform/FLKUserDefaults.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "core/timeline/FLKTimeline.h"
@@ -152,7 +153,7 @@ bool FLKDocumentController::changeTemplate(const std::shared_ptr<FLKTemplate>& a
     // the track's stored form reads back.
     auto& loader = FLKSceneLoader::defaultSceneLoader();
     auto track = firstVideoTrack(loader.currentTimeline());
-    const FLKJSON clips = track && !track->clips().empty() ? track->serialized() : FLKJSON();
+    const FLKJSON clips = track && !track->clips().empty() ? flk::serializedArray(track->clips()) : FLKJSON();
     FLKNotificationCenter::defaultCenter().post(kFLKAppWillStartNewSceneNotification, this);
     FLKError error;
     if (!loadTemplate(aTemplate, &error)) {
@@ -161,10 +162,9 @@ bool FLKDocumentController::changeTemplate(const std::shared_ptr<FLKTemplate>& a
     }
     if (!clips.is_null() && loader.currentTimeline()) {
         FLKFileSerializationContextScope context(FLKFile::currentFile());
-        auto carried = FLKTimelineVideoTrack::newWithDictionary(clips);
         auto into = firstVideoTrack(loader.currentTimeline());
         if (!into) into = loader.currentTimeline()->createVideoTrack();
-        into->setClips(carried->clips());
+        into->setClips(flk::arrayWithSerializedArray<FLKTimelineClip>(clips));
     }
     filePath_ = path;
     noteChange();
