@@ -33,3 +33,5 @@ flk_add_app_test(test_app_documents FLKDocumentTests.cpp)
 add_dependencies(test_app_documents flickwell)
 target_compile_definitions(test_app_documents PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
 set_tests_properties(test_app_documents PROPERTIES TIMEOUT 600)
+# The inspector panel and its pages, and the welcome window's documents.
+flk_add_app_test(test_app_inspector FLKInspectorTests.cpp)

@@ -9,10 +9,15 @@
 #include "core/model/FLKFile.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/model/FLKTemplate.h"
+#include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKFileExtensions.h"
+#include "core/platform/FLKFileSerializationContext.h"
 #include "core/platform/FLKPaths.h"
+#include "core/platform/FLKSerializable.h"
 #include "core/platform/FLKUserDefaults.h"
 #include "core/platform/FLKUserFeedback.h"
+#include "core/timeline/FLKTimeline.h"
+#include "core/timeline/FLKTimelineVideoTrack.h"
 #include "editing/FLKActionPipeline.h"
 
 namespace {
@@ -21,6 +26,13 @@ constexpr int kRecentDocumentsLimit = 10;
 constexpr const char* kErrorDomain = "FLKDocumentControllerErrorDomain";
 
 std::filesystem::path toPath(const QString& path) { return std::filesystem::path(path.toStdString()); }
+
+std::shared_ptr<FLKTimelineVideoTrack> firstVideoTrack(const std::shared_ptr<FLKTimeline>& timeline) {
+    for (const auto& track : timeline ? timeline->tracks() : FLKTimeline::Tracks{}) {
+        if (auto video = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) return video;
+    }
+    return nullptr;
+}
 
 QString withDocumentExtension(const QString& path) {
     const QString suffix = QString(".") + kFLKFileExtensionFlickwell;
@@ -95,9 +107,9 @@ void FLKDocumentController::refreshTitle() {
 bool FLKDocumentController::newDocument(const std::shared_ptr<FLKTemplate>& aTemplate) {
     if (!maybeSave()) return false;
     FLKNotificationCenter::defaultCenter().post(kFLKAppWillStartNewSceneNotification, this);
-    auto& loader = FLKSceneLoader::defaultSceneLoader();
     FLKError error;
-    if (!(aTemplate ? loader.loadSceneFromTemplate(aTemplate, &error) : loader.loadFirstScene(&error))) {
+    if (!(aTemplate ? loadTemplate(aTemplate, &error)
+                    : FLKSceneLoader::defaultSceneLoader().loadFirstScene(&error) != nullptr)) {
         FLKUserFeedback::shared().presentError(error);
         return false;
     }
@@ -117,6 +129,12 @@ bool FLKDocumentController::openDocument(const QString& path) {
     return true;
 }
 
+bool FLKDocumentController::openWithDialog(QWidget* parent) {
+    const QString path = QFileDialog::getOpenFileName(
+        parent, "Open", QDir::homePath(), QStringLiteral("Flickwell documents (*.%1)").arg(kFLKFileExtensionFlickwell));
+    return !path.isEmpty() && openDocument(path);
+}
+
 bool FLKDocumentController::recoverDocument(const QString& autosavePath, const QString& savePath) {
     FLKError error;
     if (!FLKSceneLoader::defaultSceneLoader().loadSceneFromFileURL(toPath(autosavePath), &error)) {
@@ -130,14 +148,37 @@ bool FLKDocumentController::recoverDocument(const QString& autosavePath, const Q
 
 bool FLKDocumentController::changeTemplate(const std::shared_ptr<FLKTemplate>& aTemplate) {
     const QString path = filePath_;
+    // The recordings' clips come along with their cuts and transitions. The
+    // loader copies the media to the same places in the new document, where
+    // the track's stored form reads back.
+    auto& loader = FLKSceneLoader::defaultSceneLoader();
+    auto track = firstVideoTrack(loader.currentTimeline());
+    const FLKJSON clips = track && !track->clips().empty() ? flk::serializedArray(track->clips()) : FLKJSON();
+    FLKNotificationCenter::defaultCenter().post(kFLKAppWillStartNewSceneNotification, this);
     FLKError error;
-    if (!FLKSceneLoader::defaultSceneLoader().loadSceneFromTemplate(aTemplate, &error)) {
+    if (!loadTemplate(aTemplate, &error)) {
         FLKUserFeedback::shared().presentError(error);
         return false;
+    }
+    if (!clips.is_null() && loader.currentTimeline()) {
+        FLKFileSerializationContextScope context(FLKFile::currentFile());
+        auto into = firstVideoTrack(loader.currentTimeline());
+        if (!into) into = loader.currentTimeline()->createVideoTrack();
+        into->setClips(flk::arrayWithSerializedArray<FLKTimelineClip>(clips));
     }
     filePath_ = path;
     noteChange();
     return true;
+}
+
+bool FLKDocumentController::loadTemplate(const std::shared_ptr<FLKTemplate>& aTemplate, FLKError* error) {
+    // The chosen template is the selected one, unless it cannot be loaded.
+    auto& templates = FLKTemplateManager::defaultManager();
+    const size_t previous = templates.selectedTemplateIndex();
+    templates.selectTemplateNamed(aTemplate->name());
+    if (FLKSceneLoader::defaultSceneLoader().loadSceneFromTemplate(aTemplate, error)) return true;
+    templates.setSelectedTemplateIndex(previous);
+    return false;
 }
 
 bool FLKDocumentController::save() { return filePath_.isEmpty() ? saveAs() : saveToPath(filePath_); }

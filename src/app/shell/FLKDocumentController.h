@@ -11,6 +11,7 @@
 #include "core/platform/FLKNotificationCenter.h"
 
 class FLKAction;
+struct FLKError;
 class FLKTemplate;
 class QWidget;
 
@@ -55,11 +56,14 @@ public:
     // current document as it was and tells the user.
     bool newDocument(const std::shared_ptr<FLKTemplate>& aTemplate = nullptr);
     bool openDocument(const QString& path);
+    // Asks for the document to open with a file dialog over `parent`.
+    bool openWithDialog(QWidget* parent);
     // Loads the document as recovered work: unsaved, to be saved at `savePath`
     // (empty when it never was saved). Does not ask to save: nothing is open yet.
     bool recoverDocument(const QString& autosavePath, const QString& savePath);
     // Puts the document's scene on another template, keeping its media and
-    // its place on disk: a change like any other.
+    // its place on disk: a change like any other. Both this and a new
+    // document announce the new scene before it replaces the current one.
     bool changeTemplate(const std::shared_ptr<FLKTemplate>& aTemplate);
     bool save();
     bool saveAs();
@@ -80,6 +84,8 @@ signals:
     void stateChanged();
 
 private:
+    // Selects and loads the template; the selection stays as it was on failure.
+    bool loadTemplate(const std::shared_ptr<FLKTemplate>& aTemplate, FLKError* error);
     void markClean(const QString& path);
     // After a load the controller did not start: an untitled, clean document.
     void sceneDidLoad();

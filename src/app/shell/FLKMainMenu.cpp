@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
@@ -20,6 +21,7 @@
 #include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKFileExtensions.h"
 #include "core/platform/FLKPaths.h"
+#include "core/platform/FLKUserDefaults.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "core/scene/FLKCamera.h"
 #include "core/scene/FLKQuad.h"
@@ -50,6 +52,7 @@ FLKMainMenu::FLKMainMenu(FLKMainWindow& window, FLKDocumentController& documents
     buildEditMenu();
     buildViewMenu();
     buildPlaybackMenu();
+    buildHelpMenu();
 }
 
 QAction* FLKMainMenu::addItem(QMenu* menu, const QString& title, std::function<void()> perform, Shortcut shortcut) {
@@ -68,7 +71,7 @@ void FLKMainMenu::buildFileMenu() {
     newFromTemplateMenu_ = file->addMenu("New from &Template");
     connect(newFromTemplateMenu_, &QMenu::aboutToShow, this, &FLKMainMenu::fillNewFromTemplateMenu);
     fillNewFromTemplateMenu();
-    openAction_ = addItem(file, "&Open...", [this] { openWithDialog(); });
+    openAction_ = addItem(file, "&Open...", [this] { documents_.openWithDialog(&window_); });
     openAction_->setShortcut(QKeySequence::Open);
     openRecentMenu_ = file->addMenu("Open &Recent");
     connect(openRecentMenu_, &QMenu::aboutToShow, this, &FLKMainMenu::fillOpenRecentMenu);
@@ -144,6 +147,7 @@ void FLKMainMenu::setDeleteHandler(std::function<void()> handler) {
 
 void FLKMainMenu::buildViewMenu() {
     QMenu* view = window_.menuBar()->addMenu("&View");
+    viewMenu_ = view;
     rotateVideoAction_ = addItem(view, "&Rotate Video", [this] { rotateVideo(); });
     rotateVideoAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     editVerticesAction_ = addItem(view, "Edit &Vertices", [this] {
@@ -166,6 +170,13 @@ void FLKMainMenu::buildViewMenu() {
     zoomToFitAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
 }
 
+void FLKMainMenu::addPanelItem(QDockWidget* panel) {
+    if (!panelsSeparator_) panelsSeparator_ = viewMenu_->addSeparator();
+    QAction* item = panel->toggleViewAction();
+    viewMenu_->addAction(item);
+    FLKBreadcrumbLog::watchMenuItem(viewMenu_->title(), item);
+}
+
 void FLKMainMenu::buildPlaybackMenu() {
     QMenu* playback = window_.menuBar()->addMenu("&Playback");
     playPauseAction_ = addItem(playback, "&Play/Pause", [] {
@@ -182,10 +193,11 @@ void FLKMainMenu::buildPlaybackMenu() {
             [this] { loopAction_->setChecked(FLKTimeline::masterTimeline()->isLooping()); });
 }
 
-void FLKMainMenu::openWithDialog() {
-    const QString path = QFileDialog::getOpenFileName(
-        &window_, "Open", QDir::homePath(), QStringLiteral("Flickwell documents (*.%1)").arg(kFLKFileExtensionFlickwell));
-    if (!path.isEmpty()) documents_.openDocument(path);
+void FLKMainMenu::buildHelpMenu() {
+    QMenu* help = window_.menuBar()->addMenu("&Help");
+    welcomeAction_ = addItem(
+        help, "&Welcome to Flickwell", [this] { window_.showWelcomeScreen(FLKUserDefaults::standardUserDefaults()); },
+        Shortcut::None);
 }
 
 void FLKMainMenu::importMediaWithDialog() {

@@ -9,9 +9,10 @@ class FLKDocumentController;
 class FLKFileHandler;
 class FLKMainWindow;
 class QAction;
+class QDockWidget;
 class QMenu;
 
-// The main window's menu bar: File, Edit, View and Playback, with the
+// The main window's menu bar: File, Edit, View, Playback and Help, with the
 // desktop's standard shortcuts where there is one. Every item chosen leaves a
 // breadcrumb. Main thread only.
 class FLKMainMenu : public QObject {
@@ -38,12 +39,15 @@ public:
     QAction* zoomToFitAction() const { return zoomToFitAction_; }
     QAction* playPauseAction() const { return playPauseAction_; }
     QAction* loopAction() const { return loopAction_; }
+    QAction* welcomeAction() const { return welcomeAction_; }
     QMenu* openRecentMenu() const { return openRecentMenu_; }
     QMenu* newFromTemplateMenu() const { return newFromTemplateMenu_; }
 
     // What Delete removes belongs to the panel that holds the selection (the
     // timeline's clips); until one sets it, Delete stays disabled.
     void setDeleteHandler(std::function<void()> handler);
+    // An item of the View menu that shows or hides the panel.
+    void addPanelItem(QDockWidget* panel);
 
     // Zoom steps multiply or divide the camera's scale by this.
     static constexpr double kZoomStep = 1.25;
@@ -58,9 +62,9 @@ private:
     void buildEditMenu();
     void buildViewMenu();
     void buildPlaybackMenu();
+    void buildHelpMenu();
     void fillOpenRecentMenu();
     void fillNewFromTemplateMenu();
-    void openWithDialog();
     void saveAsTemplateWithDialog();
     void importMediaWithDialog();
     void rotateVideo();
@@ -91,6 +95,9 @@ private:
     QAction* zoomToFitAction_ = nullptr;
     QAction* playPauseAction_ = nullptr;
     QAction* loopAction_ = nullptr;
+    QAction* welcomeAction_ = nullptr;
     QMenu* openRecentMenu_ = nullptr;
     QMenu* newFromTemplateMenu_ = nullptr;
+    QMenu* viewMenu_ = nullptr;
+    QAction* panelsSeparator_ = nullptr;
 };

@@ -5,10 +5,15 @@
 #include <QCoreApplication>
 #include <QDockWidget>
 #include <QPointer>
+#include <QSettings>
 
 #include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/inspectors/FLKBackgroundInspector.h"
+#include "app/inspectors/FLKInspectorPanel.h"
+#include "app/inspectors/FLKMasksInspector.h"
+#include "app/inspectors/FLKTemplatesInspector.h"
 #include "app/shell/FLKCanvasDropTarget.h"
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
@@ -20,6 +25,7 @@
 #include "core/model/FLKSceneLoader.h"
 #include "core/model/FLKSceneQuery.h"
 #include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKPaths.h"
 #include "core/platform/FLKUserDefaultsKeys.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "core/timeline/FLKTimeline.h"
@@ -42,6 +48,8 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
     buildTimelineDock();
+    buildInspectorDock();
+    restoreWindowLayout();
     mainMenu_->setDeleteHandler([this] { timelinePanel_->timelineView()->deleteSelectedClips(); });
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
@@ -70,6 +78,7 @@ void FLKMainWindow::openHandedFiles(const QStringList& files) {
 
 void FLKMainWindow::closeEvent(QCloseEvent* event) {
     if (!documents_->maybeSave()) return event->ignore();
+    saveWindowLayout();
     event->accept();
     QCoreApplication::quit();
 }
@@ -84,6 +93,43 @@ void FLKMainWindow::buildTimelineDock() {
     // The canvas follows the play head itself; edits in the panel change the
     // picture without moving it.
     connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
+}
+
+void FLKMainWindow::buildInspectorDock() {
+    inspectorDock_ = new QDockWidget("Inspector", this);
+    inspectorDock_->setObjectName("inspectorDock");
+    inspectorDock_->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
+    inspectorPanel_ = new FLKInspectorPanel(inspectorDock_);
+    // Two columns of previews.
+    inspectorPanel_->setMinimumWidth(300);
+    inspectorDock_->setWidget(inspectorPanel_);
+    addDockWidget(Qt::RightDockWidgetArea, inspectorDock_);
+    addInspectorPage("Templates", new FLKTemplatesInspector(*this));
+    addInspectorPage("Background", new FLKBackgroundInspector(*this));
+    addInspectorPage("Masks", new FLKMasksInspector(*this));
+    mainMenu_->addPanelItem(timelineDock_);
+    mainMenu_->addPanelItem(inspectorDock_);
+}
+
+void FLKMainWindow::addInspectorPage(const QString& title, QWidget* page) { inspectorPanel_->addPage(title, page); }
+
+QString FLKMainWindow::windowLayoutPath() {
+    return QString::fromStdString((flk::configHome() / "window-layout.ini").string());
+}
+
+void FLKMainWindow::saveWindowLayout() const {
+    QSettings settings(windowLayoutPath(), QSettings::IniFormat);
+    settings.setValue("mainWindow/docks", saveState());
+    settings.sync();
+    if (settings.status() != QSettings::NoError) {
+        qWarning("The window layout could not be kept in %s", qPrintable(windowLayoutPath()));
+    }
+}
+
+bool FLKMainWindow::restoreWindowLayout() {
+    const QSettings settings(windowLayoutPath(), QSettings::IniFormat);
+    const QByteArray state = settings.value("mainWindow/docks").toByteArray();
+    return !state.isEmpty() && restoreState(state);
 }
 
 void FLKMainWindow::showScene() {
@@ -150,11 +196,18 @@ void FLKMainWindow::startLaunchSequence(FLKUserDefaults& defaults, std::shared_p
 }
 
 void FLKMainWindow::setupPanels() {
-    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->hide();
+    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (!dock->isHidden()) panelsToShow_.emplace_back(dock);
+        dock->hide();
+    }
 }
 
 void FLKMainWindow::showPanels() {
-    for (QDockWidget* dock : findChildren<QDockWidget*>(Qt::FindDirectChildrenOnly)) dock->show();
+    // Once: a panel the user closed later stays closed.
+    for (const auto& dock : panelsToShow_) {
+        if (dock) dock->show();
+    }
+    panelsToShow_.clear();
 }
 
 void FLKMainWindow::enableUserInteraction(bool enabled) { sceneView_->setUserInteractionEnabled(enabled); }
@@ -165,7 +218,7 @@ void FLKMainWindow::showWelcomeScreen(FLKUserDefaults& defaults) {
         welcomeWindow_->activateWindow();
         return;
     }
-    welcomeWindow_ = new FLKWelcomeWindow(defaults, this);
+    welcomeWindow_ = new FLKWelcomeWindow(defaults, *documents_, this);
     connect(welcomeWindow_, &QDialog::finished, this, &FLKMainWindow::welcomeWindowDidClose);
     welcomeWindow_->show();
 }

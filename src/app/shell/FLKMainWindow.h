@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 #include "app/shell/FLKWelcomeWindow.h"
 #include "core/platform/FLKNotificationCenter.h"
@@ -19,11 +20,12 @@ class FLKMainMenu;
 class FLKSceneView;
 class FLKUserDefaults;
 class FLKTimelinePanel;
+class FLKInspectorPanel;
 class QAction;
 class QDockWidget;
 
-// The one main window: the canvas, the timeline docked below it, the menus
-// and the document they work on. Shows the first built-in template at start
+// The one main window: the canvas, the timeline docked below it, the
+// inspectors beside it, the menus and the document they work on. Shows the first built-in template at start
 // and every scene the scene loader loads later, with a fresh undo history
 // each time; the loaded timeline becomes the master timeline, feeds the
 // scene's video and starts playing. At launch it brings up its panels, then
@@ -39,6 +41,10 @@ public:
     FLKSceneView* sceneView() const { return sceneView_; }
     FLKTimelinePanel* timelinePanel() const { return timelinePanel_; }
     QDockWidget* timelineDock() const { return timelineDock_; }
+    FLKInspectorPanel* inspectorPanel() const { return inspectorPanel_; }
+    QDockWidget* inspectorDock() const { return inspectorDock_; }
+    // Adds an item and its page to the inspector panel, after the others.
+    void addInspectorPage(const QString& title, QWidget* page);
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
     QAction* undoAction() const;
@@ -57,7 +63,8 @@ public:
     // input until it closes), otherwise the panels. `defaults` must outlive
     // the window.
     void startLaunchSequence(FLKUserDefaults& defaults, std::shared_ptr<FLKMainQueue> queue);
-    // Panels are the window's docks: hidden from here until showPanels.
+    // Panels are the window's docks: those shown (as the kept layout has
+    // them) are hidden from here until showPanels brings them back.
     void setupPanels();
     void showPanels();
     void showWelcomeScreen(FLKUserDefaults& defaults);
@@ -67,11 +74,18 @@ public:
     // Raises the window and takes files another start handed over.
     void openHandedFiles(const QStringList& files);
 
+    // Where the docks are, kept for the next start in the config folder;
+    // closing the window saves it, making one restores it.
+    void saveWindowLayout() const;
+    bool restoreWindowLayout();
+    static QString windowLayoutPath();
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildTimelineDock();
+    void buildInspectorDock();
     void sceneDidUpdate();
     void welcomeWindowDidClose();
 
@@ -79,10 +93,13 @@ private:
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
+    FLKInspectorPanel* inspectorPanel_ = nullptr;
+    QDockWidget* inspectorDock_ = nullptr;
     FLKDocumentController* documents_ = nullptr;
     std::unique_ptr<FLKFileHandler> fileHandler_;
     FLKMainMenu* mainMenu_ = nullptr;
     std::unique_ptr<FLKCanvasViewModels> canvasViewModels_;
     QPointer<FLKWelcomeWindow> welcomeWindow_;
+    std::vector<QPointer<QDockWidget>> panelsToShow_;
     FLKObservation sceneLoadObservation_;
 };

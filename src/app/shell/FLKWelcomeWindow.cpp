@@ -2,59 +2,49 @@
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QImage>
+#include <QFileInfo>
 #include <QLabel>
 #include <QListWidget>
-#include <QPainter>
 #include <QPushButton>
-#include <QTimer>
 #include <QVBoxLayout>
 
-#include "core/model/FLKSceneLoader.h"
-#include "core/model/FLKTemplateManager.h"
+#include "app/shell/FLKDocumentController.h"
+#include "app/shell/FLKTemplateGrid.h"
 #include "core/platform/FLKUserDefaultsKeys.h"
-#include "core/platform/FLKUserFeedback.h"
 
 namespace {
-const QSize kPreviewSize(180, 180);
-
-// The preview scaled into the cell, centred on a transparent square so all
-// cells line up whatever the template's aspect.
-QPixmap cellImage(const FLKImage& image, qreal devicePixelRatio) {
-    const QImage source(image.rgba.data(), image.width, image.height, image.width * 4, QImage::Format_RGBA8888);
-    const QSize pixels = kPreviewSize * devicePixelRatio;
-    const QImage scaled = source.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    QPixmap cell(pixels);
-    cell.fill(Qt::transparent);
-    QPainter painter(&cell);
-    painter.drawImage((pixels.width() - scaled.width()) / 2, (pixels.height() - scaled.height()) / 2, scaled);
-    painter.end();
-    cell.setDevicePixelRatio(devicePixelRatio);
-    return cell;
-}
+constexpr int kPreviewSide = 180;
 }  // namespace
 
-FLKWelcomeWindow::FLKWelcomeWindow(FLKUserDefaults& defaults, QWidget* parent)
-    : QDialog(parent), defaults_(defaults), templates_(FLKTemplateManager::defaultManager().templates()) {
+FLKWelcomeWindow::FLKWelcomeWindow(FLKUserDefaults& defaults, FLKDocumentController& documents, QWidget* parent)
+    : QDialog(parent), defaults_(defaults), documents_(documents) {
     setWindowTitle("Welcome to Flickwell");
     setAttribute(Qt::WA_DeleteOnClose);
 
-    auto* heading = new QLabel("<h2>Welcome to Flickwell</h2>Choose a template to start your video with.");
-    templateList_ = new QListWidget;
-    templateList_->setViewMode(QListView::IconMode);
-    templateList_->setIconSize(kPreviewSize);
-    templateList_->setMovement(QListView::Static);
-    templateList_->setResizeMode(QListView::Adjust);
-    templateList_->setWordWrap(true);
-    // One cell a template, wide enough for the preview and its name.
-    const QSize cell(kPreviewSize.width() + 32, kPreviewSize.height() + 48);
-    templateList_->setGridSize(cell);
+    auto* heading = new QLabel("<h2>Welcome to Flickwell</h2>Choose a template to start your video with, "
+                               "or open one you made before.");
+    templateList_ = new FLKTemplateGrid(kPreviewSide);
+    const QSize cell = templateList_->gridSize();
     templateList_->setMinimumSize(3 * cell.width() + 24, 2 * cell.height() + 8);
-    for (const auto& aTemplate : templates_) {
-        auto* item = new QListWidgetItem(QString::fromStdString(aTemplate->name()), templateList_);
-        item->setTextAlignment(Qt::AlignHCenter);
+
+    recentList_ = new QListWidget;
+    for (const QString& path : documents_.recentDocuments()) {
+        auto* item = new QListWidgetItem(QFileInfo(path).completeBaseName(), recentList_);
+        item->setToolTip(path);
+        item->setData(Qt::UserRole, path);
     }
-    if (templateList_->count() > 0) templateList_->setCurrentRow(0);
+    recentList_->setMinimumWidth(200);
+    openButton_ = new QPushButton("Open...");
+    auto* recentColumn = new QVBoxLayout;
+    recentColumn->addWidget(new QLabel("<b>Recent documents</b>"));
+    if (recentList_->count() == 0) {
+        auto* none = new QLabel("Documents you save appear here.");
+        none->setWordWrap(true);
+        none->setEnabled(false);
+        recentColumn->addWidget(none);
+    }
+    recentColumn->addWidget(recentList_, 1);
+    recentColumn->addWidget(openButton_);
 
     showAtLaunchBox_ = new QCheckBox("Show this window when Flickwell starts");
     showAtLaunchBox_->setChecked(flk::shouldShowWelcomeScreen(defaults_));
@@ -70,42 +60,37 @@ FLKWelcomeWindow::FLKWelcomeWindow(FLKUserDefaults& defaults, QWidget* parent)
     connect(startButton_, &QPushButton::clicked, this, [this] { chooseTemplateAtRow(templateList_->currentRow()); });
     connect(templateList_, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { chooseTemplateAtRow(templateList_->row(item)); });
+    connect(recentList_, &QListWidget::itemActivated, this,
+            [this](QListWidgetItem* item) { openRecentAtRow(recentList_->row(item)); });
+    connect(openButton_, &QPushButton::clicked, this, [this] {
+        if (documents_.openWithDialog(this)) accept();
+    });
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(heading);
-    layout->addWidget(templateList_, 1);
+    auto* middle = new QHBoxLayout;
+    middle->addWidget(templateList_, 1);
+    middle->addLayout(recentColumn);
+    layout->addLayout(middle, 1);
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(showAtLaunchBox_);
     bottom->addStretch();
     bottom->addWidget(buttons);
     layout->addLayout(bottom);
-
-    // Decoding every preview at once would hold up the first paint.
-    QTimer::singleShot(0, this, &FLKWelcomeWindow::loadNextPreview);
 }
 
-void FLKWelcomeWindow::loadNextPreview() {
-    if (!isLoadingPreviews()) return;
-    const size_t row = nextPreview_++;
-    const auto& preview = templates_[row]->thumbnail();
-    if (preview && !preview->isEmpty()) {
-        templateList_->item(static_cast<int>(row))->setIcon(QIcon(cellImage(*preview, devicePixelRatioF())));
-    }
-    QTimer::singleShot(0, this, &FLKWelcomeWindow::loadNextPreview);
-}
+bool FLKWelcomeWindow::isLoadingPreviews() const { return templateList_->isLoadingPreviews(); }
 
 bool FLKWelcomeWindow::chooseTemplateAtRow(int row) {
-    if (row < 0 || static_cast<size_t>(row) >= templates_.size()) return false;
-    const auto& chosen = templates_[static_cast<size_t>(row)];
-    auto& manager = FLKTemplateManager::defaultManager();
-    const size_t previous = manager.selectedTemplateIndex();
-    manager.selectTemplateNamed(chosen->name());
-    FLKError error;
-    if (!FLKSceneLoader::defaultSceneLoader().loadSceneFromTemplate(chosen, &error)) {
-        manager.setSelectedTemplateIndex(previous);
-        FLKUserFeedback::shared().presentError(error);
-        return false;
-    }
+    auto chosen = templateList_->templateAtRow(row);
+    if (!chosen || !documents_.newDocument(chosen)) return false;
+    accept();
+    return true;
+}
+
+bool FLKWelcomeWindow::openRecentAtRow(int row) {
+    QListWidgetItem* item = recentList_->item(row);
+    if (!item || !documents_.openDocument(item->data(Qt::UserRole).toString())) return false;
     accept();
     return true;
 }

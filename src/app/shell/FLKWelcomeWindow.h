@@ -2,44 +2,44 @@
 
 #include <QDialog>
 
-#include <memory>
-#include <vector>
+#include "app/shell/FLKTemplateGrid.h"
 
-class FLKTemplate;
+class FLKDocumentController;
 class FLKUserDefaults;
 class QCheckBox;
 class QListWidget;
-class QListWidgetItem;
 class QPushButton;
 
 // The first thing a new user sees: the templates with their previews, one
-// of which starts the document, and whether to show this window at launch.
-// Choosing a template loads it through the scene loader and closes the
-// window; closing it any other way keeps the scene already shown. Main
-// thread only.
+// of which starts a new document, the recent documents and a way to open
+// any other, and whether to show this window at launch. Whatever opens
+// closes the window; closing it any other way keeps the scene already
+// shown. Main thread only.
 class FLKWelcomeWindow : public QDialog {
     Q_OBJECT
 
 public:
-    FLKWelcomeWindow(FLKUserDefaults& defaults, QWidget* parent = nullptr);
+    FLKWelcomeWindow(FLKUserDefaults& defaults, FLKDocumentController& documents, QWidget* parent = nullptr);
 
-    QListWidget* templateList() const { return templateList_; }
+    FLKTemplateGrid* templateList() const { return templateList_; }
+    QListWidget* recentList() const { return recentList_; }
     QPushButton* startButton() const { return startButton_; }
+    QPushButton* openButton() const { return openButton_; }
     QCheckBox* showAtLaunchBox() const { return showAtLaunchBox_; }
-    // Previews still to be read; they come in one per turn of the event loop.
-    bool isLoadingPreviews() const { return nextPreview_ < templates_.size(); }
+    bool isLoadingPreviews() const;
 
-    // Loads the template in that row of the list; false (and the error shown)
-    // when it cannot be read, and the window stays open.
+    // Starts a new document from the template in that row of the grid; false
+    // (and the error shown) when it cannot be read, and the window stays open.
     bool chooseTemplateAtRow(int row);
+    // Opens the recent document in that row; false when it did not open.
+    bool openRecentAtRow(int row);
 
 private:
-    void loadNextPreview();
-
     FLKUserDefaults& defaults_;
-    std::vector<std::shared_ptr<FLKTemplate>> templates_;  // in list order
-    size_t nextPreview_ = 0;
-    QListWidget* templateList_ = nullptr;
+    FLKDocumentController& documents_;
+    FLKTemplateGrid* templateList_ = nullptr;
+    QListWidget* recentList_ = nullptr;
     QPushButton* startButton_ = nullptr;
+    QPushButton* openButton_ = nullptr;
     QCheckBox* showAtLaunchBox_ = nullptr;
 };

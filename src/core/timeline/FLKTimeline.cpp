@@ -154,6 +154,14 @@ double FLKTimeline::duration() const {
 }
 
 void FLKTimeline::setCurrentTime(double t) {
+    moveTo(t);
+    // A jump while playing: the clock counts on from here, not from where playing began.
+    if (isPlaying()) {
+        if (auto timer = this->timer()) timer->addUpdatable(shared_from_this());
+    }
+}
+
+void FLKTimeline::moveTo(double t) {
     currentTime_.store(t);
     for (const auto& track : tracks()) track->setCurrentTime(t);
 }
@@ -183,7 +191,7 @@ bool FLKTimeline::update(double time) {
     if (!isPlaying()) return false;
     if (!readinessChecker_->checkReadinessForTracks(tracks())) return false;
     if (time < duration()) {
-        setCurrentTime(time);
+        moveTo(time);
         return true;
     }
     pause();

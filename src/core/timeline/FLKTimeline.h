@@ -73,6 +73,7 @@ public:
     // The longest track; 0 without tracks.
     double duration() const;
     double currentTime() const override { return currentTime_.load(); }
+    // While playing, playing goes on from t.
     void setCurrentTime(double t);
 
     bool isPlaying() const { return isPlaying_.load(); }
@@ -96,6 +97,8 @@ public:
 
 private:
     void pauseInternally();
+    // The time and the tracks' times, leaving the clock alone.
+    void moveTo(double t);
     void notifyTracksObservers();
 
     const std::string identifier_;

@@ -313,3 +313,27 @@ TEST_F(PlaybackTest, PlaysOnTheDisplayClockWhileTheTrackIsEdited) {
     timeline->pause();
     displayClock->clockQueue()->sync([] {});
 }
+
+// Moving the play head while playing: playing goes on from there, the clock's
+// next tick does not put it back where the elapsed time since play() says.
+TEST_F(PlaybackTest, AJumpWhilePlayingIsWhereTheClockCountsOnFrom) {
+    auto now = std::make_shared<std::atomic<double>>(0);
+    auto displayClock = FLKClock::make([now] { return now->load(); });
+    timeline->setTimer(displayClock);
+    track->setClips({videoClip("A", 0, 50)});
+    video->setAvailable({{0, 50}});
+
+    timeline->play();
+    now->store(1.0);
+    displayClock->update();
+    displayClock->clockQueue()->sync([] {});
+    EXPECT_NEAR(timeline->currentTime(), 1.0, 1e-9);
+
+    timeline->setCurrentTime(30.0);
+    now->store(1.5);
+    displayClock->update();
+    displayClock->clockQueue()->sync([] {});
+    EXPECT_NEAR(timeline->currentTime(), 30.5, 1e-9);
+    timeline->pause();
+    displayClock->clockQueue()->sync([] {});
+}
