@@ -33,3 +33,6 @@ flk_add_app_test(test_app_documents FLKDocumentTests.cpp)
 add_dependencies(test_app_documents flickwell)
 target_compile_definitions(test_app_documents PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
 set_tests_properties(test_app_documents PROPERTIES TIMEOUT 600)
+# The export page and Preferences; reads the exports back with ffprobe.
+flk_add_app_test(test_app_export FLKExportInspectorTests.cpp)
+set_tests_properties(test_app_export PROPERTIES TIMEOUT 900)

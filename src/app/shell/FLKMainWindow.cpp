@@ -9,6 +9,7 @@
 #include "app/bridge/FLKQtCursorDisplay.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/inspectors/FLKExportInspector.h"
 #include "app/shell/FLKCanvasDropTarget.h"
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
@@ -43,6 +44,10 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
     buildTimelineDock();
     mainMenu_->setDeleteHandler([this] { timelinePanel_->timelineView()->deleteSelectedClips(); });
+    // --- Inspector pages; addInspectorPage puts each in a dock of its own for now. ---
+    exportInspector_ = new FLKExportInspector(this);
+    addInspectorPage("Export", exportInspector_);
+    // --- end ---
     auto& center = FLKNotificationCenter::defaultCenter();
     sceneLoadObservation_ = FLKObservation(
         center, center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr,
@@ -85,6 +90,16 @@ void FLKMainWindow::buildTimelineDock() {
     // picture without moving it.
     connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
 }
+
+// --- Until the inspector dock exists: each page gets a dock of its own. ---
+void FLKMainWindow::addInspectorPage(const QString& title, QWidget* page) {
+    auto* dock = new QDockWidget(title, this);
+    dock->setObjectName(title.toLower() + "Dock");  // names the dock in a saved window layout
+    dock->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
+    dock->setWidget(page);
+    addDockWidget(Qt::RightDockWidgetArea, dock);
+}
+// --- end ---
 
 void FLKMainWindow::showScene() {
     auto& loader = FLKSceneLoader::defaultSceneLoader();

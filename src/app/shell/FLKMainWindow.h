@@ -14,6 +14,7 @@ class FLKCanvasViewModels;
 class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKDocumentController;
+class FLKExportInspector;
 class FLKFileHandler;
 class FLKMainMenu;
 class FLKSceneView;
@@ -48,6 +49,10 @@ public:
     FLKDocumentController* documentController() const { return documents_; }
     FLKFileHandler& fileHandler() const { return *fileHandler_; }
     FLKMainMenu* mainMenu() const { return mainMenu_; }
+    FLKExportInspector* exportInspector() const { return exportInspector_; }
+
+    // Puts a page into the inspector under `title`.
+    void addInspectorPage(const QString& title, QWidget* page);
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
@@ -78,6 +83,7 @@ private:
     FLKSceneView* sceneView_ = nullptr;
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
+    FLKExportInspector* exportInspector_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
     FLKDocumentController* documents_ = nullptr;
     std::unique_ptr<FLKFileHandler> fileHandler_;
