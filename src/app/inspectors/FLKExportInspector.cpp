@@ -12,6 +12,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QStandardPaths>
 #include <QVBoxLayout>
@@ -58,47 +59,55 @@ QString text(const FLKError& issue) {
 
 FLKExportInspector::FLKExportInspector(QWidget* parent)
     : QWidget(parent), queue_(FLKExportQueue::sharedQueue()) {
+    // What to export scrolls; the warnings, the buttons and the exports stay in sight below.
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    outer->addWidget(scroll);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    outer->addWidget(scroll, 1);
     auto* content = new QWidget(scroll);
     auto* layout = new QVBoxLayout(content);
-    scroll->setWidget(content);
-
     addPresetGroup(layout, FLKExportTypeMP4, "MP4 Video");
     addPresetGroup(layout, FLKExportTypeGIF, "Animated GIF");
     layout->addWidget(makeCustomSizeGroup());
     layout->addWidget(makeDestinationGroup());
+    layout->addStretch();
+    for (auto* group : content->findChildren<QGroupBox*>()) group->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    scroll->setWidget(content);
+    scroll->setMinimumWidth(content->minimumSizeHint().width() + scroll->verticalScrollBar()->sizeHint().width());
 
-    warnings_ = new QLabel(content);
+    auto* bottom = new QVBoxLayout;
+    bottom->setContentsMargins(9, 0, 9, 9);
+    outer->addLayout(bottom);
+    warnings_ = new QLabel(this);
     warnings_->setWordWrap(true);
+    // Long warnings wrap to the page rather than widen the dock.
+    warnings_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     warnings_->setStyleSheet("color: #b35c00;");
     warnings_->hide();
-    layout->addWidget(warnings_);
+    bottom->addWidget(warnings_);
 
     auto* buttons = new QHBoxLayout;
-    export_ = new QPushButton("Export", content);
+    export_ = new QPushButton("Export", this);
     export_->setDefault(true);
     connect(export_, &QPushButton::clicked, this, &FLKExportInspector::exportCheckedPresets);
-    cancelAll_ = new QPushButton("Cancel All", content);
+    cancelAll_ = new QPushButton("Cancel All", this);
     cancelAll_->setEnabled(false);
     connect(cancelAll_, &QPushButton::clicked, this, [this] { queue_->cancelAllOperations(); });
     buttons->addWidget(export_);
     buttons->addWidget(cancelAll_);
     buttons->addStretch();
-    layout->addLayout(buttons);
+    bottom->addLayout(buttons);
 
-    summary_ = new QLabel(content);
+    summary_ = new QLabel(this);
     summary_->setWordWrap(true);
-    layout->addWidget(summary_);
-    rowsBox_ = new QWidget(content);
+    bottom->addWidget(summary_);
+    rowsBox_ = new QWidget(this);
     rowsLayout_ = new QVBoxLayout(rowsBox_);
     rowsLayout_->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(rowsBox_);
-    layout->addStretch();
+    bottom->addWidget(rowsBox_);
 
     observe(FLKExportOperationDidStartNotification, &FLKExportInspector::operationDidStart);
     observe(FLKExportOperationDidUpdateNotification, &FLKExportInspector::operationDidUpdate);

@@ -32,6 +32,7 @@ FLKPreferencesDialog::FLKPreferencesDialog(FLKPerformanceSettings& performance, 
                                            QWidget* parent)
     : QDialog(parent), performance_(performance), defaults_(defaults) {
     setWindowTitle("Preferences");
+    setMinimumWidth(440);
     auto* layout = new QVBoxLayout(this);
 
     auto* performanceGroup = new QGroupBox("Preview Performance", this);
