@@ -72,6 +72,15 @@ void click(QAbstractButton* button) {
 }
 
 QStringList filesIn(const QTemporaryDir& folder) { return QDir(folder.path()).entryList(QDir::Files); }
+
+// The alert the program shows, or null.
+QMessageBox* alert() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* box = qobject_cast<QMessageBox*>(widget);
+        if (box && box->isVisible()) return box;
+    }
+    return nullptr;
+}
 }  // namespace
 
 class ExportInspectorTests : public QObject {
@@ -85,6 +94,7 @@ private slots:
     void twoPresetsExportTwoFilesWhileThePreviewIsPaused();
     void cancellingAnExportLeavesNoFile();
     void cancelAllStopsEveryExport();
+    void badDestinationsAreRefusedBeforeStarting();
     void preferencesChangeTheLevelAndTheDefaults();
 
 private:
@@ -300,6 +310,35 @@ void ExportInspectorTests::cancelAllStopsEveryExport() {
     QVERIFY(filesIn(folder).isEmpty());
     QVERIFY(FLKExportQueue::sharedQueue()->exportErrors().empty());
     QTRY_VERIFY(!window->renderLoop()->isPaused());
+}
+
+// A missing folder or a name that cannot be a file: an alert naming it, and
+// nothing queued.
+void ExportInspectorTests::badDestinationsAreRefusedBeforeStarting() {
+    QTemporaryDir folder;
+    exportInto(folder);
+    click(page().presetCheckBox("Chat Message"));
+    const size_t rowsBefore = page().rows().size();
+    const QString missing = folder.filePath("missing");
+    page().folderField()->setText(missing);
+    click(page().exportButton());
+    QTRY_VERIFY(alert());
+    QCOMPARE(alert()->text(), QString("The folder \"%1\" does not exist.").arg(missing));
+    alert()->close();
+    QTRY_VERIFY(!alert());
+
+    page().folderField()->setText(folder.path());
+    page().nameField()->setText("a/b");
+    click(page().exportButton());
+    QTRY_VERIFY(alert());
+    QCOMPARE(alert()->text(), QString("\"a/b\" cannot name a file."));
+    alert()->close();
+    QTRY_VERIFY(!alert());
+
+    QCOMPARE(page().rows().size(), rowsBefore);
+    QVERIFY(!FLKExportQueue::sharedQueue()->currentOperation());
+    QVERIFY(filesIn(folder).isEmpty());
+    QVERIFY(!QDir(missing).exists());
 }
 
 void ExportInspectorTests::preferencesChangeTheLevelAndTheDefaults() {

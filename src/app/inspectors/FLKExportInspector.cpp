@@ -288,6 +288,12 @@ void FLKExportInspector::exportCheckedPresets() {
             "The folder \"" + folder.string() + "\" does not exist.", 0, "Choose a folder to export to."));
         return;
     }
+    const std::string name = name_->text().trimmed().toStdString();
+    if (!flk::isValidFileName(name)) {
+        FLKUserFeedback::shared().presentError(flk::fileSystemErrorWithMessage(
+            "\"" + name + "\" cannot name a file.", 0, "A name may not hold \"/\"."));
+        return;
+    }
     const QStringList issues = currentIssues();
     if (issues.isEmpty()) return startExports(choices, folder);
     // Window-modal and without a nested event loop: the exports start from its answer.
