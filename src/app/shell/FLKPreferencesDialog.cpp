@@ -66,6 +66,8 @@ FLKPreferencesDialog::FLKPreferencesDialog(FLKPerformanceSettings& performance, 
     generalLayout->addWidget(sound_);
     layout->addWidget(general);
 
+    for (QGroupBox* group : {performanceGroup, general}) group->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    layout->addStretch();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
