@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "core/exporter/FLKExportPresets.h"
 #include "core/model/FLKPackagePaths.h"
 
 namespace flk::cli {
@@ -43,9 +44,7 @@ std::optional<FLKRect> parseFrame(const std::string& text) {
     return FLKRect{x, y, w, h};
 }
 
-std::string sizeString(FLKSize size) {
-    return std::to_string(std::lround(size.width)) + "x" + std::to_string(std::lround(size.height));
-}
+std::string sizeString(FLKSize size) { return FLKExportPresets::sizeName(size); }
 
 std::optional<std::string> outputReplacingInput(const std::filesystem::path& output, const std::vector<Input>& inputs) {
     for (const auto& input : inputs) {

@@ -9,7 +9,6 @@
 #include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKPaths.h"
 #include "core/scene/FLKScene.h"
-#include "core/scene/FLKTexturedSprite.h"
 
 namespace fs = std::filesystem;
 
@@ -20,27 +19,10 @@ std::string lowercased(std::string text) {
 }
 }  // namespace
 
-// Device artwork is a plain picture sprite; recordings and other sprite kinds
-// do not count.
-bool DocumentSource::showsDeviceArtwork(const FLKScene& scene) {
-    for (const auto& node : scene.recursiveAllChildren()) {
-        if (node->className() == "FLKTexturedSprite") return true;
-    }
-    return false;
-}
-
 std::shared_ptr<FLKTemplate> DocumentSource::templateNamed(const std::string& argument) {
     const auto wanted = lowercased(argument);
     for (const auto& aTemplate : FLKTemplateManager::defaultManager().templates()) {
         if (lowercased(aTemplate->name()) == wanted) return aTemplate;
-    }
-    return nullptr;
-}
-
-std::shared_ptr<FLKTemplate> DocumentSource::framelessTemplate() {
-    for (const auto& aTemplate : FLKTemplateManager::defaultManager().templates()) {
-        auto scene = aTemplate->scene();
-        if (scene && !showsDeviceArtwork(*scene)) return aTemplate;
     }
     return nullptr;
 }

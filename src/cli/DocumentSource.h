@@ -18,8 +18,4 @@ public:
     static std::shared_ptr<FLKFile> open(const std::string& argument, FLKError* error);
     // The template the argument names (name matched ignoring letter case), or null.
     static std::shared_ptr<FLKTemplate> templateNamed(const std::string& argument);
-    // A template whose scene shows no device artwork, for store previews.
-    static std::shared_ptr<FLKTemplate> framelessTemplate();
-    // Whether the scene shows a device around the screen.
-    static bool showsDeviceArtwork(const FLKScene& scene);
 };

@@ -8,9 +8,9 @@
 
 #include "cli/CommandSupport.h"
 #include "cli/DocumentSource.h"
-#include "cli/ExportPresets.h"
 #include "cli/ExportProgress.h"
 #include "core/exporter/FLKExportOperation.h"
+#include "core/exporter/FLKExportPresets.h"
 #include "core/exporter/FLKExportQueue.h"
 #include "core/exporter/FLKExportVideoSanityChecker.h"
 #include "core/exporter/FLKVideoSizeCalculator.h"
@@ -27,8 +27,7 @@
 namespace fs = std::filesystem;
 
 namespace {
-// Every export renders at this rate; GIFs are thinned to their own rate.
-constexpr std::uint64_t kRenderFps = 30;
+constexpr std::uint64_t kRenderFps = FLKExportPresets::kRenderFps;
 
 struct Job {
     std::shared_ptr<const FLKExportSettings> preset;
@@ -59,11 +58,8 @@ void warnAboutPreset(const FLKExportSettings& preset, const FLKScene& scene, con
     for (const auto& issue : FLKExportVideoSanityChecker::issuesInVideo(timeline, preset)) {
         flk::cli::warn(issue.failureReason + " " + issue.recoverySuggestion);
     }
-    if (preset.isFrameless() && DocumentSource::showsDeviceArtwork(scene)) {
-        auto frameless = DocumentSource::framelessTemplate();
-        flk::cli::warn("\"" + preset.name() + "\" is a store preview, and stores reject previews that show a device "
-                       "frame; this scene shows one. Start from the frameless template \"" +
-                       (frameless ? frameless->name() : std::string("Full Screen")) + "\" instead.");
+    if (auto issue = FLKExportPresets::framelessIssue(preset, scene)) {
+        flk::cli::warn(issue->failureReason + " " + issue->recoverySuggestion);
     }
 }
 // Each export plays a copy of the timeline that decodes on its own; the
@@ -116,11 +112,11 @@ int ExportCommand::run() const {
     if (!size_.empty()) {
         auto size = flk::cli::parseSize(size_);
         if (!size) return flk::cli::fail("--size \"" + size_ + "\" is not WxH with whole numbers from 1 to 16384.");
-        std::uint64_t fps = type == FLKExportTypeGIF ? (gifFps ? gifFps : ExportPresets::kDefaultGIFFps) : kRenderFps;
-        jobs.push_back({ExportPresets::customPreset(evenSize(*size), fps), outputURL_});
+        std::uint64_t fps = type == FLKExportTypeGIF ? (gifFps ? gifFps : FLKExportPresets::kDefaultGIFFps) : kRenderFps;
+        jobs.push_back({FLKExportPresets::customPreset(evenSize(*size), fps), outputURL_});
     }
     for (const auto& name : presets_) {
-        auto preset = ExportPresets::presetNamed(type, name, &error);
+        auto preset = FLKExportPresets::presetNamed(type, name, &error);
         if (!preset) return flk::cli::fail(error.fullMessage());
         // Several files from one name: each carries its preset's name.
         auto destination = presets_.size() == 1 ? outputURL_
@@ -157,12 +153,12 @@ int ExportCommand::run() const {
     std::vector<std::shared_ptr<FLKExportOperation>> operations;
     for (const auto& job : jobs) {
         if (presets_.size() > 0) warnAboutPreset(*job.preset, *scene, *timeline);
-        const FLKRect frame = ExportPresets::exportFrame(*job.preset, scene->mainCamera()->frame());
+        const FLKRect frame = FLKExportPresets::exportFrame(*job.preset, scene->mainCamera()->frame());
         auto operation = FLKExportOperation::operationWithScene(*scene, timeline, type, job.destination, frame,
                                                                 job.preset->maxVideoResolution(), kRenderFps);
         operation->setName(job.preset->name());
         if (type == FLKExportTypeGIF) {
-            operation->setOutputFps(gifFps ? gifFps : job.preset->fps() ? job.preset->fps() : ExportPresets::kDefaultGIFFps);
+            operation->setOutputFps(gifFps ? gifFps : FLKExportPresets::gifFps(*job.preset));
         }
         operations.push_back(operation);
     }

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "cli/CommandSupport.h"
-#include "cli/ExportPresets.h"
+#include "core/exporter/FLKExportPresets.h"
 #include "core/platform/FLKJSON.h"
 
 void PresetsCommand::add(CLI::App& app, int& exitCode) {
@@ -19,7 +19,7 @@ int PresetsCommand::run() const {
     FLKJSON list = FLKJSON::array();
     for (const auto& [type, name] : {std::pair{FLKExportTypeMP4, "mp4"}, std::pair{FLKExportTypeGIF, "gif"}}) {
         if (!type_.empty() && type_ != name) continue;
-        for (const auto& preset : ExportPresets::presetsOfType(type, &error)) {
+        for (const auto& preset : FLKExportPresets::presetsOfType(type, &error)) {
             list.push_back(FLKJSON{{"type", name},
                                    {"name", preset->name()},
                                    {"width", preset->maxVideoResolution().width},

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "cli/CommandSupport.h"
-#include "cli/DocumentSource.h"
+#include "core/exporter/FLKExportPresets.h"
 #include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKJSON.h"
 #include "core/scene/FLKCamera.h"
@@ -27,7 +27,7 @@ int TemplatesCommand::run() const {
         if (scene && scene->mainCamera()) {
             const auto size = scene->mainCamera()->frame().size;
             entry["canvas"] = {{"width", size.width}, {"height", size.height}};
-            entry["deviceFrame"] = DocumentSource::showsDeviceArtwork(*scene);
+            entry["deviceFrame"] = FLKExportPresets::showsDeviceArtwork(*scene);
         }
         list.push_back(std::move(entry));
     }

@@ -35,3 +35,6 @@ target_compile_definitions(test_app_documents PRIVATE FLK_PROGRAM="$<TARGET_FILE
 set_tests_properties(test_app_documents PROPERTIES TIMEOUT 600)
 # The inspector panel and its pages, and the welcome window's documents.
 flk_add_app_test(test_app_inspector FLKInspectorTests.cpp)
+# The export page and Preferences; reads the exports back with ffprobe.
+flk_add_app_test(test_app_export FLKExportInspectorTests.cpp)
+set_tests_properties(test_app_export PROPERTIES TIMEOUT 900)

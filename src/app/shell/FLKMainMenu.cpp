@@ -17,10 +17,12 @@
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
 #include "app/shell/FLKMainWindow.h"
+#include "app/shell/FLKPreferencesDialog.h"
 #include "core/model/FLKSceneBounds.h"
 #include "core/model/FLKTemplateManager.h"
 #include "core/platform/FLKFileExtensions.h"
 #include "core/platform/FLKPaths.h"
+#include "core/platform/FLKPerformanceSettings.h"
 #include "core/platform/FLKUserDefaults.h"
 #include "core/platform/FLKUserFeedback.h"
 #include "core/scene/FLKCamera.h"
@@ -138,6 +140,21 @@ void FLKMainMenu::buildEditMenu() {
     });
     deleteAction_->setShortcut(QKeySequence::Delete);
     deleteAction_->setEnabled(false);
+    edit->addSeparator();
+    preferencesAction_ = addItem(edit, "Pre&ferences...", [this] { showPreferences(); });
+    preferencesAction_->setShortcut(QKeySequence::Preferences);
+    preferencesAction_->setMenuRole(QAction::PreferencesRole);
+}
+
+void FLKMainMenu::showPreferences() {
+    if (!preferencesDialog_) {
+        preferencesDialog_ = new FLKPreferencesDialog(FLKPerformanceSettings::globalSettings(),
+                                                      FLKUserDefaults::standardUserDefaults(), &window_);
+        preferencesDialog_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    preferencesDialog_->show();
+    preferencesDialog_->raise();
+    preferencesDialog_->activateWindow();
 }
 
 void FLKMainMenu::setDeleteHandler(std::function<void()> handler) {

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <functional>
+
+#include "app/shell/FLKPreferencesDialog.h"
 
 class FLKDocumentController;
 class FLKFileHandler;
@@ -31,6 +34,9 @@ public:
     QAction* undoAction() const { return undoAction_; }
     QAction* redoAction() const { return redoAction_; }
     QAction* deleteAction() const { return deleteAction_; }
+    QAction* preferencesAction() const { return preferencesAction_; }
+    // The open Preferences dialog, or null.
+    FLKPreferencesDialog* preferencesDialog() const { return preferencesDialog_; }
     QAction* rotateVideoAction() const { return rotateVideoAction_; }
     QAction* editVerticesAction() const { return editVerticesAction_; }
     QAction* focusCameraAction() const { return focusCameraAction_; }
@@ -68,6 +74,7 @@ private:
     void saveAsTemplateWithDialog();
     void importMediaWithDialog();
     void rotateVideo();
+    void showPreferences();
     void zoomBy(double factor);
     void zoomToFit();
     void redraw();
@@ -87,6 +94,8 @@ private:
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QAction* deleteAction_ = nullptr;
+    QAction* preferencesAction_ = nullptr;
+    QPointer<FLKPreferencesDialog> preferencesDialog_;
     QAction* rotateVideoAction_ = nullptr;
     QAction* editVerticesAction_ = nullptr;
     QAction* focusCameraAction_ = nullptr;

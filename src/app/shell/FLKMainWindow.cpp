@@ -11,6 +11,7 @@
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/inspectors/FLKBackgroundInspector.h"
+#include "app/inspectors/FLKExportInspector.h"
 #include "app/inspectors/FLKInspectorPanel.h"
 #include "app/inspectors/FLKMasksInspector.h"
 #include "app/inspectors/FLKTemplatesInspector.h"
@@ -107,6 +108,8 @@ void FLKMainWindow::buildInspectorDock() {
     addInspectorPage("Templates", new FLKTemplatesInspector(*this));
     addInspectorPage("Background", new FLKBackgroundInspector(*this));
     addInspectorPage("Masks", new FLKMasksInspector(*this));
+    exportInspector_ = new FLKExportInspector(this);
+    addInspectorPage("Export", exportInspector_);
     mainMenu_->addPanelItem(timelineDock_);
     mainMenu_->addPanelItem(inspectorDock_);
 }

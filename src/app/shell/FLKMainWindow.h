@@ -15,6 +15,7 @@ class FLKCanvasViewModels;
 class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKDocumentController;
+class FLKExportInspector;
 class FLKFileHandler;
 class FLKMainMenu;
 class FLKSceneView;
@@ -54,6 +55,7 @@ public:
     FLKDocumentController* documentController() const { return documents_; }
     FLKFileHandler& fileHandler() const { return *fileHandler_; }
     FLKMainMenu* mainMenu() const { return mainMenu_; }
+    FLKExportInspector* exportInspector() const { return exportInspector_; }
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
@@ -92,6 +94,7 @@ private:
     FLKSceneView* sceneView_ = nullptr;
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
+    FLKExportInspector* exportInspector_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
     FLKInspectorPanel* inspectorPanel_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;

@@ -68,6 +68,24 @@ bool FLKExportOperation::isFinished() const {
     return finished_;
 }
 
+bool FLKExportOperation::isCancelled() const {
+    std::lock_guard lock(mutex_);
+    return cancelled_;
+}
+
+bool FLKExportOperation::cancel() {
+    std::shared_ptr<FLKOffScreenRenderer> renderer;
+    {
+        std::lock_guard lock(mutex_);
+        if (finishing_) return false;
+        cancelled_ = true;
+        renderer = renderer_;
+    }
+    // The writer then finishes what it has; markFinished removes it.
+    if (renderer) renderer->cancel();
+    return true;
+}
+
 std::shared_ptr<FLKExportRecorder> FLKExportOperation::recorder() const {
     std::lock_guard lock(mutex_);
     return recorder_;
@@ -85,6 +103,10 @@ void FLKExportOperation::execute() {
         std::lock_guard lock(mutex_);
         if (executing_ || finishing_) return;
         executing_ = true;
+    }
+    if (isCancelled()) {
+        markFinished();
+        return;
     }
     const double duration = timeline_ ? timeline_->duration() : 0;
     const std::uint64_t numFrames = FLKFrameByFrameClock::numFramesForDuration(duration, fps_);
@@ -150,17 +172,27 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
         std::lock_guard lock(mutex_);
         renderer_ = renderer;
         renderTimeline_ = renderTimeline;
+        // A cancel that came before the renderer was stored could not reach it.
+        if (cancelled_) renderer->cancel();
     }
     renderer->renderAllFrames();
 }
 
 void FLKExportOperation::markFinished() {
+    bool cancelled = false;
     {
         std::lock_guard lock(mutex_);
         // Claimed under the lock: of two finishers (a writer's failure and the
         // end of rendering) only one posts.
         if (finishing_) return;
         finishing_ = true;
+        cancelled = cancelled_;
+    }
+    // The destination is a fresh name the run made: whatever is there is this
+    // run's unfinished (or, cancelled while muxing, unwanted) file.
+    if (cancelled) {
+        std::error_code ignored;
+        std::filesystem::remove(destinationURL_, ignored);
     }
     // Queued before anyone waiting for the end can post what follows it.
     postOnMainQueue(FLKExportOperationDidFinishNotification);
@@ -180,6 +212,8 @@ void FLKExportOperation::waitUntilFinished() const {
 }
 
 void FLKExportOperation::failWithError(const FLKError& error) {
+    // What a cancelled run fails on (no frames, a cut-off file) is not the user's problem.
+    if (isCancelled()) return markFinished();
     flk::log("Export of \"%s\" failed: %s", destinationURL_.c_str(), error.fullMessage().c_str());
     {
         std::lock_guard lock(mutex_);

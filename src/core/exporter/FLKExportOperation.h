@@ -70,6 +70,12 @@ public:
     std::optional<FLKError> error() const;
     bool isExecuting() const;
     bool isFinished() const;
+    bool isCancelled() const;
+
+    // Stops the run, from any thread: one not started yet never starts, a
+    // running one stops rendering. Either way it finishes without an error
+    // and leaves no file at its destination. False once it is finishing.
+    bool cancel();
 
     void execute();
     void exportVideoWithOptions(const std::shared_ptr<const FLKExportOptions>& options);
@@ -111,6 +117,7 @@ private:
     bool executing_ = false;                          // guarded by mutex_
     bool finishing_ = false;                          // guarded by mutex_; set by the one markFinished that posts
     bool finished_ = false;                           // guarded by mutex_
+    bool cancelled_ = false;                          // guarded by mutex_
     std::optional<FLKError> error_;                   // guarded by mutex_
     std::shared_ptr<FLKExportRecorder> recorder_;     // guarded by mutex_
     std::shared_ptr<FLKOffScreenRenderer> renderer_;  // guarded by mutex_

@@ -116,6 +116,10 @@ std::vector<std::shared_ptr<FLKExportOperation>> FLKExportQueue::operations() co
     return {operations_.begin(), operations_.end()};
 }
 
+void FLKExportQueue::cancelAllOperations() {
+    for (const auto& operation : operations()) operation->cancel();
+}
+
 std::vector<FLKError> FLKExportQueue::exportErrors() const {
     std::lock_guard lock(mutex_);
     return mutableExportErrors_;

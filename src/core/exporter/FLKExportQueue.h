@@ -40,6 +40,8 @@ public:
     // The running operation (or the next to run); null when idle.
     std::shared_ptr<FLKExportOperation> currentOperation() const;
     std::vector<std::shared_ptr<FLKExportOperation>> operations() const;
+    // Cancels every operation waiting or running; the session then ends as usual.
+    void cancelAllOperations();
 
     // Errors of the current session, or of the last one until the next starts.
     std::vector<FLKError> exportErrors() const;

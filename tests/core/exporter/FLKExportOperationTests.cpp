@@ -299,6 +299,38 @@ TEST_F(FLKExportQueueTest, AFailedExportDoesNotStopTheQueue) {
     EXPECT_EQ(feedback->presented[0].localizedDescription, "2 exports failed.");
 }
 
+// Cancelling: an operation still waiting never starts, a running one stops
+// as soon as it writes; neither leaves a file or an error, and one that has
+// finished cannot be cancelled any more.
+TEST_F(FLKExportQueueTest, CancelledExportsLeaveNothingBehind) {
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
+    NotificationLog log;
+    auto queue = FLKExportQueue::make();
+    auto scene = gradientScene(kFrame);
+    auto running = mp4Operation(*scene, timelineOfLength(20.0), folder / "running.mp4");
+    auto waiting = mp4Operation(*scene, timelineOfLength(1.0), folder / "waiting.mp4");
+    auto& center = FLKExportOperation::notificationCenter();
+    FLKObservation started(center, center.addObserver(FLKExportOperationDidStartNotification, running.get(),
+                                                      [&](const FLKNotification&) { EXPECT_TRUE(running->cancel()); }));
+    queue->addOperation(running);
+    queue->addOperation(waiting);
+    EXPECT_TRUE(waiting->cancel());
+    runUntilSessionEnds(log);
+
+    for (const auto& operation : {running, waiting}) {
+        EXPECT_TRUE(operation->isFinished());
+        EXPECT_TRUE(operation->isCancelled());
+        EXPECT_FALSE(operation->error());
+        EXPECT_FALSE(operation->cancel());
+    }
+    EXPECT_LT(running->progress(), 1.0);
+    EXPECT_EQ(log.count(FLKExportOperationDidStartNotification), 1);  // the waiting one never started
+    EXPECT_TRUE(flktest::filesIn(folder).empty());
+    EXPECT_TRUE(queue->exportErrors().empty());
+    std::lock_guard lock(feedback->mutex);
+    EXPECT_TRUE(feedback->presented.empty());
+}
+
 // GIFs at several rates queued together: each has the delays of its own
 // rate and lasts as long as the timeline; a rate above the rendering one is
 // written at the rendering rate.
