@@ -2,6 +2,7 @@
 #include <QStringList>
 
 #include <string>
+#include <vector>
 
 #include "app/shell/FLKApplicationDelegate.h"
 #include "app/shell/FLKApplicationSetup.h"
@@ -10,9 +11,11 @@
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKMainWindow.h"
 #include "app/shell/FLKSingleInstance.h"
+#include "core/capture/FLKDeviceScreenRecorder.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKNotificationCenter.h"
 #include "core/platform/FLKUserDefaults.h"
 
 int main(int argc, char** argv) {
@@ -35,6 +38,15 @@ int main(int argc, char** argv) {
         FLKApplicationSetup::showOpenGLNotSupportedAlert();
         return 0;
     }
+    // Recordings cut short by a crash are finished before anything can record again.
+    std::vector<FLKError> recoveryErrors;
+    for (const auto& recovered : FLKDeviceScreenRecorder::recoverInterruptedRecordings(&recoveryErrors))
+        flk::log("Recovered an interrupted recording: %s", recovered.string().c_str());
+    for (const auto& error : recoveryErrors) flk::log("%s", error.fullMessage().c_str());
+    // A recorder still running finishes its file, and drops it unless kept.
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [] {
+        FLKNotificationCenter::defaultCenter().post(kFLKApplicationWillTerminateNotification);
+    });
     int status = 0;
     {
         FLKApplicationDelegate delegate(FLKUserDefaults::standardUserDefaults(), FLKMainQueue::main());

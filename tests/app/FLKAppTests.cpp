@@ -22,6 +22,7 @@
 
 #include "FLKAppTestSupport.h"
 #include "app/bridge/FLKQtCursorDisplay.h"
+#include "app/bridge/FLKQtMainWindowLocator.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKAppNotifications.h"
 #include "app/shell/FLKMainWindow.h"
@@ -65,6 +66,7 @@ private slots:
     void draggingInsideTheSelectionFrameMovesTheScreenInOneStep();
     void tasksPostedFromAnotherThreadRunOnTheMainThreadInOrder();
     void minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused();
+    void captureSeesWhereTheMainWindowIs();
     void clickingTheDeviceScreenSelectsItThroughTheArtwork();
     void aCornerDragThatWouldMakeTheQuadConcaveIsRefused();
     void draggingTheRightHandleStretchesTheScreenInOneStep();
@@ -335,6 +337,23 @@ void AppTests::minimisingPausesTheLoopUntilRestoredAndAnExportKeepsItPaused() {
     QTRY_VERIFY(timeline->isPlaying());
     timeline->pause();
     timeline->setLooping(false);
+}
+
+void AppTests::captureSeesWhereTheMainWindowIs() {
+    // Asked from capture threads: it answers from what the main thread recorded.
+    FLKQtMainWindowLocator locator(window.get());
+    auto expected = [this] {
+        const QRect frame = window->frameGeometry();
+        return FLKRect(frame.x(), frame.y(), frame.width(), frame.height());
+    };
+    QCOMPARE(locator.mainWindowFrame().value_or(FLKRect()), expected());
+    window->move(window->pos() + QPoint(7, 5));
+    QTRY_COMPARE(locator.mainWindowFrame().value_or(FLKRect()), expected());
+    window->showMinimized();
+    QTRY_VERIFY(!locator.mainWindowFrame());
+    window->showNormal();
+    QApplication::setActiveWindow(window.get());
+    QTRY_COMPARE(locator.mainWindowFrame().value_or(FLKRect()), expected());
 }
 
 void AppTests::resetCanvas() {

@@ -8,6 +8,7 @@
 #include <QSettings>
 
 #include "app/bridge/FLKQtCursorDisplay.h"
+#include "app/bridge/FLKQtMainWindowLocator.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
 #include "app/inspectors/FLKBackgroundInspector.h"
@@ -23,6 +24,7 @@
 #include "app/shell/FLKWelcomeWindow.h"
 #include "app/timeline/FLKTimelinePanel.h"
 #include "app/timeline/FLKTimelineView.h"
+#include "core/capture/FLKScreenDevice.h"
 #include "core/model/FLKSceneLoader.h"
 #include "core/model/FLKSceneQuery.h"
 #include "core/platform/FLKMainQueue.h"
@@ -41,6 +43,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     setCentralWidget(sceneView_);
     renderLoop_ = new FLKRenderLoopController(this, sceneView_);
     FLKCursorManager::defaultManager()->setDisplay(std::make_shared<FLKQtCursorDisplay>(sceneView_));
+    FLKScreenDevice::setMainWindowLocator(std::make_shared<FLKQtMainWindowLocator>(this));
     documents_ = new FLKDocumentController(this, this);
     fileHandler_ = std::make_unique<FLKFileHandler>(*documents_, [this](const std::shared_ptr<FLKObject>& added) {
         if (canvasViewModels_) canvasViewModels_->sceneViewModel()->viewModelDidDragAndDropInteractable(nullptr, added);
@@ -61,6 +64,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
 FLKMainWindow::~FLKMainWindow() {
     // The shared cursor manager outlives this window and its pixmaps must not outlive Qt.
     FLKCursorManager::defaultManager()->setDisplay(nullptr);
+    FLKScreenDevice::setMainWindowLocator(nullptr);
     timelinePanel_->setViewModel(nullptr);
     sceneView_->setActionsNotifier(nullptr);
     sceneView_->setOverlay(nullptr);
