@@ -75,6 +75,8 @@ protected:
         return reader ? frameNumber(reader->sampleTextureForClip(clip, t)) : std::nullopt;
     }
 
+    static constexpr int kMaxPollsPerRefusal = 4;
+
     // Ticks until the clock is finished. A refused frame must be taken once
     // the segment reads under way have ended and the checker has polled.
     void playToTheEnd(const std::function<void(unsigned frame, double t)>& onFrame) {
@@ -85,9 +87,13 @@ protected:
                 onFrame(frame, timeline->currentTime());
                 continue;
             }
-            ASSERT_TRUE(readsFinished()) << "a segment read never ended, frame " << frame;
-            mainQueue->runPending();
-            mainQueue->advanceBy(FLKTimelineTrackReadinessChecker::kPollingInterval);
+            // A poll may itself start the read of the segment the margin
+            // reaches: wait for that one too, a few polls at most.
+            for (int poll = 0; poll < kMaxPollsPerRefusal && !timeline->isPlaying(); ++poll) {
+                ASSERT_TRUE(readsFinished()) << "a segment read never ended, frame " << frame;
+                mainQueue->runPending();
+                mainQueue->advanceBy(FLKTimelineTrackReadinessChecker::kPollingInterval);
+            }
             ASSERT_TRUE(timeline->isPlaying())
                 << "still waiting after every read ended, frame " << frame << "; segments " << readerStates();
         }
