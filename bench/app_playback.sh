@@ -4,7 +4,7 @@
 # software GL, as on a machine without a GPU. Prints launch to first frame,
 # frames presented per second while playing, processor use while paused and
 # peak memory. Targets on 2 cores: >= 30 fps, < 2 s, < 2 %, < 500 MB.
-# Usage: bench/app_playback.sh [play-seconds=10] [idle-seconds=10]
+# Usage: bench/app_playback.sh [play-seconds=10] [idle-seconds=10] [warm-up-seconds=2]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${FLK_BUILD:-build/release}
@@ -20,4 +20,4 @@ home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT
 echo "== $(nproc) cores, $(glxinfo -B 2>/dev/null | grep -m1 'renderer string' || echo 'Mesa llvmpipe')"
 FLICKWELL_HOME=$home SDL_AUDIODRIVER=dummy xvfb-run -a -s "-screen 0 1280x1024x24" \
-    "$build/bin/bench_app_playback" "$doc" "${1:-10}" "${2:-10}"
+    "$build/bin/bench_app_playback" "$doc" "${1:-10}" "${2:-10}" "${3:-2}"
