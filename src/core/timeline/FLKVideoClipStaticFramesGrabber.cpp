@@ -1,11 +1,15 @@
 #include "core/timeline/FLKVideoClipStaticFramesGrabber.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <cmath>
 
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKMainQueue.h"
 
 namespace {
+constexpr int kThumbnailNiceness = 10;
 // Seconds rounded to a whole number of ticks of `timescale` a second.
 double timeWithTimescale(double seconds, int32_t timescale) {
     return timescale > 0 ? std::round(seconds * timescale) / timescale : seconds;
@@ -63,7 +67,12 @@ void FLKVideoClipStaticFramesGrabber::grabFramesFromTime(double start, double en
 
 void FLKVideoClipStaticFramesGrabber::generateImages(const std::vector<double>& times, FLKSize maximumSize,
                                                      const FrameHandler& frameHandler) {
-    if (!imageGenerator_) imageGenerator_ = std::make_unique<FLKAssetImageGenerator>(videoClip_->asset());
+    if (!imageGenerator_) {
+        // Thumbnails can wait; the decoding of playback cannot. Set before the
+        // decoder exists, so its own threads start at this priority too.
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kThumbnailNiceness);
+        imageGenerator_ = std::make_unique<FLKAssetImageGenerator>(videoClip_->asset());
+    }
     imageGenerator_->setMaximumSize(maximumSize);
     auto deliver = [this, &frameHandler](double, const FLKImage* image, double actualTime, const FLKError*) {
         auto picture = image ? std::make_shared<const FLKImage>(*image) : nullptr;
