@@ -13,7 +13,8 @@ function(flk_add_app_test name source)
   add_test(NAME ${name} COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:${name}>)
   # EGL picks its platform from Qt's display here; LeakSanitizer ignores only
   # what Mesa, Qt and fontconfig keep until exit.
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+  # xvfb-run -a picks a free display racily: one virtual display at a time.
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 RESOURCE_LOCK virtual_display ENVIRONMENT
     "FLICKWELL_RESOURCES=${CMAKE_BINARY_DIR}/share/flickwell;QT_QPA_PLATFORM=xcb;SDL_AUDIODRIVER=dummy;LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_FUNCTION_LIST_DIR}/lsan-third-party.supp:print_suppressions=0")
 endfunction()
 
@@ -34,7 +35,7 @@ add_dependencies(test_app_documents flickwell)
 target_compile_definitions(test_app_documents PRIVATE FLK_PROGRAM="$<TARGET_FILE:flickwell>")
 set_tests_properties(test_app_documents PROPERTIES TIMEOUT 600)
 # The inspector panel and its pages, and the welcome window's documents.
-flk_add_app_test(test_app_inspector FLKInspectorTests.cpp)
+flk_add_app_test(test_app_side_panel FLKSidePanelTests.cpp)
 # The export page and Preferences; reads the exports back with ffprobe.
-flk_add_app_test(test_app_export FLKExportInspectorTests.cpp)
+flk_add_app_test(test_app_export FLKExportPageTests.cpp)
 set_tests_properties(test_app_export PROPERTIES TIMEOUT 900)

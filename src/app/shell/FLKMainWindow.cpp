@@ -11,11 +11,11 @@
 #include "app/bridge/FLKQtMainWindowLocator.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
-#include "app/inspectors/FLKBackgroundInspector.h"
-#include "app/inspectors/FLKExportInspector.h"
-#include "app/inspectors/FLKInspectorPanel.h"
-#include "app/inspectors/FLKMasksInspector.h"
-#include "app/inspectors/FLKTemplatesInspector.h"
+#include "app/sidepanel/FLKBackgroundPage.h"
+#include "app/sidepanel/FLKExportPage.h"
+#include "app/sidepanel/FLKSidePanel.h"
+#include "app/sidepanel/FLKMasksPage.h"
+#include "app/sidepanel/FLKTemplatesPage.h"
 #include "app/shell/FLKCanvasDropTarget.h"
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
@@ -52,7 +52,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
     buildTimelineDock();
-    buildInspectorDock();
+    buildSidePanelDock();
     restoreWindowLayout();
     mainMenu_->setDeleteHandler([this] { timelinePanel_->timelineView()->deleteSelectedClips(); });
     auto& center = FLKNotificationCenter::defaultCenter();
@@ -100,25 +100,25 @@ void FLKMainWindow::buildTimelineDock() {
     connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
 }
 
-void FLKMainWindow::buildInspectorDock() {
-    inspectorDock_ = new QDockWidget("Inspector", this);
-    inspectorDock_->setObjectName("inspectorDock");
-    inspectorDock_->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
-    inspectorPanel_ = new FLKInspectorPanel(inspectorDock_);
+void FLKMainWindow::buildSidePanelDock() {
+    sidePanelDock_ = new QDockWidget("Inspector", this);
+    sidePanelDock_->setObjectName("sidePanelDock");
+    sidePanelDock_->setAllowedAreas(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
+    sidePanel_ = new FLKSidePanel(sidePanelDock_);
     // Two columns of previews.
-    inspectorPanel_->setMinimumWidth(300);
-    inspectorDock_->setWidget(inspectorPanel_);
-    addDockWidget(Qt::RightDockWidgetArea, inspectorDock_);
-    addInspectorPage("Templates", new FLKTemplatesInspector(*this));
-    addInspectorPage("Background", new FLKBackgroundInspector(*this));
-    addInspectorPage("Masks", new FLKMasksInspector(*this));
-    exportInspector_ = new FLKExportInspector(this);
-    addInspectorPage("Export", exportInspector_);
+    sidePanel_->setMinimumWidth(300);
+    sidePanelDock_->setWidget(sidePanel_);
+    addDockWidget(Qt::RightDockWidgetArea, sidePanelDock_);
+    addSidePanelPage("Templates", new FLKTemplatesPage(*this));
+    addSidePanelPage("Background", new FLKBackgroundPage(*this));
+    addSidePanelPage("Masks", new FLKMasksPage(*this));
+    exportPage_ = new FLKExportPage(this);
+    addSidePanelPage("Export", exportPage_);
     mainMenu_->addPanelItem(timelineDock_);
-    mainMenu_->addPanelItem(inspectorDock_);
+    mainMenu_->addPanelItem(sidePanelDock_);
 }
 
-void FLKMainWindow::addInspectorPage(const QString& title, QWidget* page) { inspectorPanel_->addPage(title, page); }
+void FLKMainWindow::addSidePanelPage(const QString& title, QWidget* page) { sidePanel_->addPage(title, page); }
 
 QString FLKMainWindow::windowLayoutPath() {
     return QString::fromStdString((flk::configHome() / "window-layout.ini").string());

@@ -15,13 +15,13 @@ class FLKCanvasViewModels;
 class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKDocumentController;
-class FLKExportInspector;
+class FLKExportPage;
 class FLKFileHandler;
 class FLKMainMenu;
 class FLKSceneView;
 class FLKUserDefaults;
 class FLKTimelinePanel;
-class FLKInspectorPanel;
+class FLKSidePanel;
 class QAction;
 class QDockWidget;
 
@@ -42,10 +42,10 @@ public:
     FLKSceneView* sceneView() const { return sceneView_; }
     FLKTimelinePanel* timelinePanel() const { return timelinePanel_; }
     QDockWidget* timelineDock() const { return timelineDock_; }
-    FLKInspectorPanel* inspectorPanel() const { return inspectorPanel_; }
-    QDockWidget* inspectorDock() const { return inspectorDock_; }
+    FLKSidePanel* sidePanel() const { return sidePanel_; }
+    QDockWidget* sidePanelDock() const { return sidePanelDock_; }
     // Adds an item and its page to the inspector panel, after the others.
-    void addInspectorPage(const QString& title, QWidget* page);
+    void addSidePanelPage(const QString& title, QWidget* page);
     // The canvas's view models of the scene shown; null until one is.
     FLKCanvasViewModels* canvasViewModels() const { return canvasViewModels_.get(); }
     QAction* undoAction() const;
@@ -55,7 +55,7 @@ public:
     FLKDocumentController* documentController() const { return documents_; }
     FLKFileHandler& fileHandler() const { return *fileHandler_; }
     FLKMainMenu* mainMenu() const { return mainMenu_; }
-    FLKExportInspector* exportInspector() const { return exportInspector_; }
+    FLKExportPage* exportPage() const { return exportPage_; }
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
@@ -87,17 +87,17 @@ protected:
 
 private:
     void buildTimelineDock();
-    void buildInspectorDock();
+    void buildSidePanelDock();
     void sceneDidUpdate();
     void welcomeWindowDidClose();
 
     FLKSceneView* sceneView_ = nullptr;
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
-    FLKExportInspector* exportInspector_ = nullptr;
+    FLKExportPage* exportPage_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
-    FLKInspectorPanel* inspectorPanel_ = nullptr;
-    QDockWidget* inspectorDock_ = nullptr;
+    FLKSidePanel* sidePanel_ = nullptr;
+    QDockWidget* sidePanelDock_ = nullptr;
     FLKDocumentController* documents_ = nullptr;
     std::unique_ptr<FLKFileHandler> fileHandler_;
     FLKMainMenu* mainMenu_ = nullptr;

@@ -74,7 +74,9 @@ TEST(FLKScreenCapture, ListsTheMonitorAndKnowsWhereTheAppIs) {
     EXPECT_TRUE(screen->name());
     EXPECT_EQ(screen->monitor().width, 640);
     EXPECT_EQ(screen->monitor().height, 480);
-    EXPECT_EQ(devices[0]->uniqueIdentifier(), provider.devices()[0]->uniqueIdentifier());  // stable
+    const auto again = provider.devices();
+    ASSERT_EQ(again.size(), 1u);
+    EXPECT_EQ(devices[0]->uniqueIdentifier(), again[0]->uniqueIdentifier());  // stable
     EXPECT_FALSE(screen->isShowingApp());  // nothing installed: headless
     auto locator = std::make_shared<WindowAt>();
     FLKScreenDevice::setMainWindowLocator(locator);

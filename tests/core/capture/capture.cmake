@@ -19,6 +19,7 @@ flk_link_layers(test_capture_display flk_capture)
 target_link_libraries(test_capture_display PRIVATE GTest::gtest GTest::gmock)
 add_test(NAME test_capture_display COMMAND ${FLK_XVFB_RUN_CAPTURE} -a -s "-screen 0 640x480x24"
          $<TARGET_FILE:test_capture_display>)
-set_tests_properties(test_capture_display PROPERTIES TIMEOUT 300)
+# xvfb-run -a picks a free display racily: one virtual display at a time.
+set_tests_properties(test_capture_display PROPERTIES TIMEOUT 300 RESOURCE_LOCK virtual_display)
 flk_mark_tsan(test_capture)
 flk_mark_tsan(test_capture_live)

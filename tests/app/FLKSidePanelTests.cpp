@@ -25,10 +25,10 @@
 
 #include "FLKAppTestSupport.h"
 #include "app/canvas/FLKSceneView.h"
-#include "app/inspectors/FLKBackgroundInspector.h"
-#include "app/inspectors/FLKInspectorPanel.h"
-#include "app/inspectors/FLKMasksInspector.h"
-#include "app/inspectors/FLKTemplatesInspector.h"
+#include "app/sidepanel/FLKBackgroundPage.h"
+#include "app/sidepanel/FLKSidePanel.h"
+#include "app/sidepanel/FLKMasksPage.h"
+#include "app/sidepanel/FLKTemplatesPage.h"
 #include "app/shell/FLKBreadcrumbLog.h"
 #include "app/shell/FLKDocumentController.h"
 #include "app/shell/FLKFileHandler.h"
@@ -135,7 +135,7 @@ struct NewSceneWatch {
 
 }  // namespace
 
-class InspectorTests : public QObject {
+class SidePanelTests : public QObject {
     Q_OBJECT
 
 private slots:
@@ -158,7 +158,7 @@ private:
     std::unique_ptr<FLKMainWindow> window;
 };
 
-void InspectorTests::initTestCase() {
+void SidePanelTests::initTestCase() {
     FLKBreadcrumbLog::startLogging();
     QVERIFY(media.isValid());
     FLKSyntheticVideo::Options options;
@@ -180,9 +180,9 @@ void InspectorTests::initTestCase() {
     QCOMPARE(int(clipFiles().size()), 1);
 }
 
-void InspectorTests::cleanupTestCase() { window.reset(); }
+void SidePanelTests::cleanupTestCase() { window.reset(); }
 
-void InspectorTests::makeWindow() {
+void SidePanelTests::makeWindow() {
     window = std::make_unique<FLKMainWindow>();
     window->documentController()->setAskToSave([](const QString&) { return Choice::Discard; });
     window->resize(1280, 900);
@@ -193,8 +193,8 @@ void InspectorTests::makeWindow() {
 }
 
 template <class Page>
-Page* InspectorTests::showPage(const QString& title) {
-    FLKInspectorPanel* panel = window->inspectorPanel();
+Page* SidePanelTests::showPage(const QString& title) {
+    FLKSidePanel* panel = window->sidePanel();
     const int index = panel->indexOfPage(title);
     if (index < 0) return nullptr;
     QTabBar* items = panel->itemBar();
@@ -202,16 +202,16 @@ Page* InspectorTests::showPage(const QString& title) {
     return qobject_cast<Page*>(panel->currentPage());
 }
 
-void InspectorTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() {
-    QVERIFY(window->inspectorDock()->isVisible());
-    QCOMPARE(window->inspectorDock()->objectName(), QString("inspectorDock"));
+void SidePanelTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() {
+    QVERIFY(window->sidePanelDock()->isVisible());
+    QCOMPARE(window->sidePanelDock()->objectName(), QString("sidePanelDock"));
     // The items can be seen and clicked: one per page.
-    QTabBar* items = window->inspectorPanel()->itemBar();
+    QTabBar* items = window->sidePanel()->itemBar();
     QVERIFY(items->isVisible());
     QVERIFY(items->height() >= items->fontMetrics().height());
-    QCOMPARE(items->count(), window->inspectorPanel()->pageCount());
-    QVERIFY(showPage<FLKBackgroundInspector>("Background"));
-    auto* page = showPage<FLKTemplatesInspector>("Templates");
+    QCOMPARE(items->count(), window->sidePanel()->pageCount());
+    QVERIFY(showPage<FLKBackgroundPage>("Background"));
+    auto* page = showPage<FLKTemplatesPage>("Templates");
     QVERIFY(page);
     QCOMPARE(lastLine(FLKBreadcrumbLog::logPath()).section(" $ ", 1), QString("[INSPECTOR PANEL] -> (Templates)"));
 
@@ -266,8 +266,8 @@ void InspectorTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() 
     QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "inspector-templates.png"));
 }
 
-void InspectorTests::ownTemplatesAreSavedRenamedAndDeletedFromThePage() {
-    auto* page = showPage<FLKTemplatesInspector>("Templates");
+void SidePanelTests::ownTemplatesAreSavedRenamedAndDeletedFromThePage() {
+    auto* page = showPage<FLKTemplatesPage>("Templates");
     QVERIFY(page);
     FLKTemplateGrid* grid = page->grid();
     auto& manager = FLKTemplateManager::defaultManager();
@@ -301,8 +301,8 @@ void InspectorTests::ownTemplatesAreSavedRenamedAndDeletedFromThePage() {
     QVERIFY(!page->deleteButton()->isEnabled());
 }
 
-void InspectorTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
-    auto* page = showPage<FLKBackgroundInspector>("Background");
+void SidePanelTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
+    auto* page = showPage<FLKBackgroundPage>("Background");
     QVERIFY(page);
     const auto before = gradientColors();
     QCOMPARE(int(before.size()), 4);
@@ -373,8 +373,8 @@ void InspectorTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
     QVERIFY(window->canvasViewModels()->selecting()->selectedObjects().empty());
 }
 
-void InspectorTests::masksGoOnTheSelectedScreenAndTheLibraryFollowsImports() {
-    auto* page = showPage<FLKMasksInspector>("Masks");
+void SidePanelTests::masksGoOnTheSelectedScreenAndTheLibraryFollowsImports() {
+    auto* page = showPage<FLKMasksPage>("Masks");
     QVERIFY(page);
     QListWidget* list = page->maskList();
     const auto& manager = FLKMasksManager::defaultManager();
@@ -433,7 +433,7 @@ void InspectorTests::masksGoOnTheSelectedScreenAndTheLibraryFollowsImports() {
     QVERIFY(!std::filesystem::exists(imported));
 }
 
-void InspectorTests::theWelcomeWindowOpensARecentDocumentAndStartsFromATemplate() {
+void SidePanelTests::theWelcomeWindowOpensARecentDocumentAndStartsFromATemplate() {
     FLKDocumentController& documents = *window->documentController();
     const QString saved = media.filePath("Recent.flickwell");
     QVERIFY(documents.saveToPath(saved));
@@ -486,30 +486,30 @@ void InspectorTests::theWelcomeWindowOpensARecentDocumentAndStartsFromATemplate(
     QVERIFY(documents.filePath().isEmpty());
 }
 
-void InspectorTests::theDockLayoutSurvivesARestart() {
-    QCOMPARE(window->dockWidgetArea(window->inspectorDock()), Qt::RightDockWidgetArea);
+void SidePanelTests::theDockLayoutSurvivesARestart() {
+    QCOMPARE(window->dockWidgetArea(window->sidePanelDock()), Qt::RightDockWidgetArea);
     // Moved to the other side, and the timeline made to float.
-    window->addDockWidget(Qt::LeftDockWidgetArea, window->inspectorDock());
+    window->addDockWidget(Qt::LeftDockWidgetArea, window->sidePanelDock());
     window->timelineDock()->setFloating(true);
     QVERIFY(window->close());
     QVERIFY(QFile::exists(FLKMainWindow::windowLayoutPath()));
     window.reset();
 
     makeWindow();
-    QCOMPARE(window->dockWidgetArea(window->inspectorDock()), Qt::LeftDockWidgetArea);
+    QCOMPARE(window->dockWidgetArea(window->sidePanelDock()), Qt::LeftDockWidgetArea);
     QVERIFY(window->timelineDock()->isFloating());
-    QVERIFY(!window->inspectorDock()->isFloating());
+    QVERIFY(!window->sidePanelDock()->isFloating());
     // The pages are there again as well.
-    for (const char* title : {"Templates", "Background", "Masks"}) QVERIFY(window->inspectorPanel()->indexOfPage(title) >= 0);
+    for (const char* title : {"Templates", "Background", "Masks"}) QVERIFY(window->sidePanel()->indexOfPage(title) >= 0);
 
     // Closed, it stays closed at the next start, and the View menu brings it back.
-    window->inspectorDock()->close();
+    window->sidePanelDock()->close();
     QVERIFY(window->close());
     window.reset();
     makeWindow();
     window->setupPanels();
     window->showPanels();
-    QVERIFY(!window->inspectorDock()->isVisible());
+    QVERIFY(!window->sidePanelDock()->isVisible());
     QVERIFY(window->timelineDock()->isVisible());
     QAction* showItem = nullptr;
     for (QAction* menu : window->menuBar()->actions()) {
@@ -520,9 +520,9 @@ void InspectorTests::theDockLayoutSurvivesARestart() {
     }
     QVERIFY(showItem);
     showItem->trigger();
-    QVERIFY(window->inspectorDock()->isVisible());
+    QVERIFY(window->sidePanelDock()->isVisible());
 }
 
-int main(int argc, char** argv) { return flk_test::runTests<InspectorTests>(argc, argv); }
+int main(int argc, char** argv) { return flk_test::runTests<SidePanelTests>(argc, argv); }
 
-#include "FLKInspectorTests.moc"
+#include "FLKSidePanelTests.moc"

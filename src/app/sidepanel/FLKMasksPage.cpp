@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKMasksInspector.h"
+#include "app/sidepanel/FLKMasksPage.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -28,7 +28,7 @@
 
 namespace {
 const QSize kPreviewSize(88, 88);
-constexpr const char* kErrorDomain = "FLKMasksInspectorErrorDomain";
+constexpr const char* kErrorDomain = "FLKMasksPageErrorDomain";
 
 // The mask's shape in white over a dark square, which shows both what it
 // lets through and what it hides.
@@ -48,7 +48,7 @@ bool isUserMask(const std::filesystem::path& url) {
 }
 }  // namespace
 
-FLKMasksInspector::FLKMasksInspector(FLKMainWindow& window, QWidget* parent) : QWidget(parent), window_(window) {
+FLKMasksPage::FLKMasksPage(FLKMainWindow& window, QWidget* parent) : QWidget(parent), window_(window) {
     list_ = new QListWidget;
     list_->setObjectName("maskList");
     list_->setViewMode(QListView::IconMode);
@@ -74,11 +74,11 @@ FLKMasksInspector::FLKMasksInspector(FLKMainWindow& window, QWidget* parent) : Q
     layout->addLayout(buttons);
 
     connect(list_, &QListWidget::itemActivated, this, [this] { applyCurrentMask(); });
-    connect(list_, &QListWidget::currentRowChanged, this, &FLKMasksInspector::refreshButtons);
-    connect(applyButton_, &QPushButton::clicked, this, &FLKMasksInspector::applyCurrentMask);
-    connect(clearButton_, &QPushButton::clicked, this, &FLKMasksInspector::clearMask);
-    connect(importButton_, &QPushButton::clicked, this, &FLKMasksInspector::importWithDialog);
-    connect(removeButton_, &QPushButton::clicked, this, &FLKMasksInspector::removeCurrentWithDialog);
+    connect(list_, &QListWidget::currentRowChanged, this, &FLKMasksPage::refreshButtons);
+    connect(applyButton_, &QPushButton::clicked, this, &FLKMasksPage::applyCurrentMask);
+    connect(clearButton_, &QPushButton::clicked, this, &FLKMasksPage::clearMask);
+    connect(importButton_, &QPushButton::clicked, this, &FLKMasksPage::importWithDialog);
+    connect(removeButton_, &QPushButton::clicked, this, &FLKMasksPage::removeCurrentWithDialog);
 
     auto& center = FLKNotificationCenter::defaultCenter();
     // The manager may post from any thread; the list is rebuilt on this one.
@@ -89,7 +89,7 @@ FLKMasksInspector::FLKMasksInspector(FLKMainWindow& window, QWidget* parent) : Q
     reload();
 }
 
-void FLKMasksInspector::reload() {
+void FLKMasksPage::reload() {
     const std::filesystem::path current = maskAtRow(list_->currentRow());
     masks_ = FLKMasksManager::defaultManager().masks();
     list_->clear();
@@ -102,12 +102,12 @@ void FLKMasksInspector::reload() {
     refreshButtons();
 }
 
-std::filesystem::path FLKMasksInspector::maskAtRow(int row) const {
+std::filesystem::path FLKMasksPage::maskAtRow(int row) const {
     if (row < 0 || static_cast<size_t>(row) >= masks_.size()) return {};
     return masks_[static_cast<size_t>(row)];
 }
 
-void FLKMasksInspector::refreshButtons() {
+void FLKMasksPage::refreshButtons() {
     const auto current = maskAtRow(list_->currentRow());
     applyButton_->setEnabled(!current.empty());
     const bool own = !current.empty() && isUserMask(current);
@@ -115,7 +115,7 @@ void FLKMasksInspector::refreshButtons() {
     removeButton_->setToolTip(own ? QString() : QStringLiteral("Built-in masks stay as they are."));
 }
 
-std::shared_ptr<FLKVideoContainer> FLKMasksInspector::targetScreen() const {
+std::shared_ptr<FLKVideoContainer> FLKMasksPage::targetScreen() const {
     if (FLKCanvasViewModels* models = window_.canvasViewModels(); models && models->selecting()) {
         for (const auto& object : models->selecting()->selectedObjects()) {
             if (auto screen = std::dynamic_pointer_cast<FLKVideoContainer>(object)) return screen;
@@ -127,7 +127,7 @@ std::shared_ptr<FLKVideoContainer> FLKMasksInspector::targetScreen() const {
     return screens.size() == 1 ? screens.front() : nullptr;
 }
 
-bool FLKMasksInspector::applyCurrentMask() {
+bool FLKMasksPage::applyCurrentMask() {
     const auto mask = maskAtRow(list_->currentRow());
     if (mask.empty()) return false;
     FLKError error;
@@ -144,14 +144,14 @@ bool FLKMasksInspector::applyCurrentMask() {
     return false;
 }
 
-void FLKMasksInspector::clearMask() {
+void FLKMasksPage::clearMask() {
     auto screen = targetScreen();
     if (!screen || !screen->videoMaskImageURL()) return;
     FLKScreenMaskViewModel(screen, nullptr).removeMask();
     window_.sceneView()->update();
 }
 
-void FLKMasksInspector::importWithDialog() {
+void FLKMasksPage::importWithDialog() {
     const QString path = QFileDialog::getOpenFileName(this, "Import Mask", QDir::homePath(), "PNG pictures (*.png)");
     if (path.isEmpty()) return;
     FLKError error;
@@ -160,7 +160,7 @@ void FLKMasksInspector::importWithDialog() {
     }
 }
 
-void FLKMasksInspector::removeCurrentWithDialog() {
+void FLKMasksPage::removeCurrentWithDialog() {
     const auto mask = maskAtRow(list_->currentRow());
     if (mask.empty() || !isUserMask(mask)) return;
     const auto answer = QMessageBox::question(

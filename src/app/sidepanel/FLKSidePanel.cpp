@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKInspectorPanel.h"
+#include "app/sidepanel/FLKSidePanel.h"
 
 #include <QStackedWidget>
 #include <QTabBar>
@@ -6,7 +6,7 @@
 
 #include "app/shell/FLKBreadcrumbLog.h"
 
-FLKInspectorPanel::FLKInspectorPanel(QWidget* parent) : QWidget(parent) {
+FLKSidePanel::FLKSidePanel(QWidget* parent) : QWidget(parent) {
     items_ = new QTabBar;
     items_->setObjectName("inspectorItems");
     items_->setDocumentMode(true);
@@ -28,7 +28,7 @@ FLKInspectorPanel::FLKInspectorPanel(QWidget* parent) : QWidget(parent) {
     });
 }
 
-int FLKInspectorPanel::addPage(const QString& title, QWidget* page) {
+int FLKSidePanel::addPage(const QString& title, QWidget* page) {
     // The stack first: adding the first item makes it current at once.
     pages_->addWidget(page);
     const int index = items_->addTab(title);
@@ -37,17 +37,17 @@ int FLKInspectorPanel::addPage(const QString& title, QWidget* page) {
     return index;
 }
 
-int FLKInspectorPanel::pageCount() const { return pages_->count(); }
+int FLKSidePanel::pageCount() const { return pages_->count(); }
 
-int FLKInspectorPanel::indexOfPage(const QString& title) const {
+int FLKSidePanel::indexOfPage(const QString& title) const {
     for (int index = 0; index < items_->count(); ++index) {
         if (items_->tabText(index) == title) return index;
     }
     return -1;
 }
 
-QWidget* FLKInspectorPanel::pageAt(int index) const { return pages_->widget(index); }
+QWidget* FLKSidePanel::pageAt(int index) const { return pages_->widget(index); }
 
-QWidget* FLKInspectorPanel::currentPage() const { return pages_->currentWidget(); }
+QWidget* FLKSidePanel::currentPage() const { return pages_->currentWidget(); }
 
-void FLKInspectorPanel::setCurrentIndex(int index) { items_->setCurrentIndex(index); }
+void FLKSidePanel::setCurrentIndex(int index) { items_->setCurrentIndex(index); }

@@ -7,11 +7,11 @@ class QTabBar;
 
 // The inspectors' one panel: a row of items, one per job, above the page of
 // the chosen one. Choosing an item leaves a breadcrumb. Main thread only.
-class FLKInspectorPanel : public QWidget {
+class FLKSidePanel : public QWidget {
     Q_OBJECT
 
 public:
-    explicit FLKInspectorPanel(QWidget* parent = nullptr);
+    explicit FLKSidePanel(QWidget* parent = nullptr);
 
     // Adds an item and its page after the others; answers its index.
     int addPage(const QString& title, QWidget* page);

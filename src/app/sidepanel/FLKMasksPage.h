@@ -17,11 +17,11 @@ class QPushButton;
 // first, then the user's), put on the selected screen or taken off it;
 // importing a PNG and removing one of the user's own. Follows the masks
 // manager's list as it changes. Main thread only.
-class FLKMasksInspector : public QWidget {
+class FLKMasksPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit FLKMasksInspector(FLKMainWindow& window, QWidget* parent = nullptr);
+    explicit FLKMasksPage(FLKMainWindow& window, QWidget* parent = nullptr);
 
     QListWidget* maskList() const { return list_; }
     QPushButton* applyButton() const { return applyButton_; }

@@ -15,11 +15,11 @@ class QPushButton;
 // document on it (the recordings come along); saving the current scene as a
 // template, and renaming, deleting and importing the user's own. Follows the
 // template manager's list as it changes. Main thread only.
-class FLKTemplatesInspector : public QWidget {
+class FLKTemplatesPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit FLKTemplatesInspector(FLKMainWindow& window, QWidget* parent = nullptr);
+    explicit FLKTemplatesPage(FLKMainWindow& window, QWidget* parent = nullptr);
 
     FLKTemplateGrid* grid() const { return grid_; }
     QPushButton* saveButton() const { return saveButton_; }

@@ -16,13 +16,13 @@ class QPushButton;
 // each picked in a colour dialog that shows its colour live on the canvas
 // (one undo step per pick, nothing when cancelled), and a picture as the
 // background instead. Main thread only.
-class FLKBackgroundInspector : public QWidget {
+class FLKBackgroundPage : public QWidget {
     Q_OBJECT
 
 public:
     static constexpr int kCornerCount = 4;
 
-    explicit FLKBackgroundInspector(FLKMainWindow& window, QWidget* parent = nullptr);
+    explicit FLKBackgroundPage(FLKMainWindow& window, QWidget* parent = nullptr);
 
     QPushButton* cornerButton(int corner) const { return cornerButtons_[static_cast<size_t>(corner)]; }
     QPushButton* imageButton() const { return imageButton_; }

@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKBackgroundInspector.h"
+#include "app/sidepanel/FLKBackgroundPage.h"
 
 #include <QColorDialog>
 #include <QDir>
@@ -24,7 +24,7 @@
 #include "editing/FLKSelectionWidgetViewModel.h"
 
 namespace {
-const std::array<const char*, FLKBackgroundInspector::kCornerCount> kCornerNames = {"Top left", "Top right",
+const std::array<const char*, FLKBackgroundPage::kCornerCount> kCornerNames = {"Top left", "Top right",
                                                                                     "Bottom left", "Bottom right"};
 
 QColor toQColor(const FLKColor& color) { return QColor::fromRgbF(color.red, color.green, color.blue, color.alpha); }
@@ -59,7 +59,7 @@ std::shared_ptr<FLKTexturedSprite> backgroundPicture() {
 }
 }  // namespace
 
-FLKBackgroundInspector::FLKBackgroundInspector(FLKMainWindow& window, QWidget* parent)
+FLKBackgroundPage::FLKBackgroundPage(FLKMainWindow& window, QWidget* parent)
     : QWidget(parent), window_(window) {
     auto* corners = new QGridLayout;
     for (int corner = 0; corner < kCornerCount; ++corner) {
@@ -74,8 +74,8 @@ FLKBackgroundInspector::FLKBackgroundInspector(FLKMainWindow& window, QWidget* p
     noGradientLabel_->setWordWrap(true);
     imageButton_ = new QPushButton("Choose Picture...");
     removeImageButton_ = new QPushButton("Remove Picture");
-    connect(imageButton_, &QPushButton::clicked, this, &FLKBackgroundInspector::chooseImageWithDialog);
-    connect(removeImageButton_, &QPushButton::clicked, this, &FLKBackgroundInspector::removeImage);
+    connect(imageButton_, &QPushButton::clicked, this, &FLKBackgroundPage::chooseImageWithDialog);
+    connect(removeImageButton_, &QPushButton::clicked, this, &FLKBackgroundPage::removeImage);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(new QLabel("<b>Gradient colours</b>"));
@@ -105,7 +105,7 @@ FLKBackgroundInspector::FLKBackgroundInspector(FLKMainWindow& window, QWidget* p
     refresh();
 }
 
-void FLKBackgroundInspector::refresh() {
+void FLKBackgroundPage::refresh() {
     const auto colors = FLKBackgroundViewModel(currentModifier().gradientSprite()).colors();
     for (int corner = 0; corner < kCornerCount; ++corner) {
         QPushButton* button = cornerButtons_[static_cast<size_t>(corner)];
@@ -117,7 +117,7 @@ void FLKBackgroundInspector::refresh() {
     removeImageButton_->setEnabled(backgroundPicture() != nullptr);
 }
 
-void FLKBackgroundInspector::pickCornerColor(int corner) {
+void FLKBackgroundPage::pickCornerColor(int corner) {
     // The scene's gradient at the click: a scene loaded while the dialog runs leaves this pick alone.
     const auto model = std::make_shared<FLKBackgroundViewModel>(currentModifier().gradientSprite());
     if (!model->beginPick(static_cast<size_t>(corner))) return;
@@ -139,7 +139,7 @@ void FLKBackgroundInspector::pickCornerColor(int corner) {
     refresh();
 }
 
-void FLKBackgroundInspector::chooseImageWithDialog() {
+void FLKBackgroundPage::chooseImageWithDialog() {
     const QString path = QFileDialog::getOpenFileName(
         this, "Choose Picture", QDir::homePath(),
         "Pictures (*.png *.jpg *.jpeg *.gif *.bmp *.tif *.tiff *.webp *.heic);;All files (*)");
@@ -148,7 +148,7 @@ void FLKBackgroundInspector::chooseImageWithDialog() {
     refresh();
 }
 
-void FLKBackgroundInspector::removeImage() {
+void FLKBackgroundPage::removeImage() {
     auto picture = backgroundPicture();
     if (!picture) return;
     // A dropped picture is selected when it comes; a selection of what is gone would swallow clicks.

@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKExportInspector.h"
+#include "app/sidepanel/FLKExportPage.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -20,7 +20,7 @@
 #include <cmath>
 #include <filesystem>
 
-#include "app/inspectors/FLKExportOperationRow.h"
+#include "app/sidepanel/FLKExportOperationRow.h"
 #include "core/exporter/FLKExportOperation.h"
 #include "core/exporter/FLKExportPresets.h"
 #include "core/exporter/FLKExportQueue.h"
@@ -57,7 +57,7 @@ QString text(const FLKError& issue) {
 }
 }  // namespace
 
-FLKExportInspector::FLKExportInspector(QWidget* parent)
+FLKExportPage::FLKExportPage(QWidget* parent)
     : QWidget(parent), queue_(FLKExportQueue::sharedQueue()) {
     // What to export scrolls; the warnings, the buttons and the exports stay in sight below.
     auto* outer = new QVBoxLayout(this);
@@ -92,7 +92,7 @@ FLKExportInspector::FLKExportInspector(QWidget* parent)
     auto* buttons = new QHBoxLayout;
     export_ = new QPushButton("Export", this);
     export_->setDefault(true);
-    connect(export_, &QPushButton::clicked, this, &FLKExportInspector::exportCheckedPresets);
+    connect(export_, &QPushButton::clicked, this, &FLKExportPage::exportCheckedPresets);
     cancelAll_ = new QPushButton("Cancel All", this);
     cancelAll_->setEnabled(false);
     connect(cancelAll_, &QPushButton::clicked, this, [this] { queue_->cancelAllOperations(); });
@@ -109,23 +109,23 @@ FLKExportInspector::FLKExportInspector(QWidget* parent)
     rowsLayout_->setContentsMargins(0, 0, 0, 0);
     bottom->addWidget(rowsBox_);
 
-    observe(FLKExportOperationDidStartNotification, &FLKExportInspector::operationDidStart);
-    observe(FLKExportOperationDidUpdateNotification, &FLKExportInspector::operationDidUpdate);
-    observe(FLKExportOperationDidFinishNotification, &FLKExportInspector::operationDidFinish);
-    observe(FLKExportQueueDidStartNotification, &FLKExportInspector::queueDidStart);
-    observe(FLKExportQueueDidFinishNotification, &FLKExportInspector::queueDidFinish);
+    observe(FLKExportOperationDidStartNotification, &FLKExportPage::operationDidStart);
+    observe(FLKExportOperationDidUpdateNotification, &FLKExportPage::operationDidUpdate);
+    observe(FLKExportOperationDidFinishNotification, &FLKExportPage::operationDidFinish);
+    observe(FLKExportQueueDidStartNotification, &FLKExportPage::queueDidStart);
+    observe(FLKExportQueueDidFinishNotification, &FLKExportPage::queueDidFinish);
     // A new scene or timeline changes what the presets say about the video.
-    observe(kFLKSceneLoaderDidLoadSceneNotification, [](FLKExportInspector* self, const void*) { self->updateState(); });
+    observe(kFLKSceneLoaderDidLoadSceneNotification, [](FLKExportPage* self, const void*) { self->updateState(); });
     updateState();
 }
 
-FLKExportInspector::~FLKExportInspector() = default;
+FLKExportPage::~FLKExportPage() = default;
 
-void FLKExportInspector::observe(const char* name, void (FLKExportInspector::*handler)(const void*)) {
-    observe(name, [handler](FLKExportInspector* self, const void* object) { (self->*handler)(object); });
+void FLKExportPage::observe(const char* name, void (FLKExportPage::*handler)(const void*)) {
+    observe(name, [handler](FLKExportPage* self, const void* object) { (self->*handler)(object); });
 }
 
-void FLKExportInspector::observe(const char* name, std::function<void(FLKExportInspector*, const void*)> handler) {
+void FLKExportPage::observe(const char* name, std::function<void(FLKExportPage*, const void*)> handler) {
     auto& center = FLKNotificationCenter::defaultCenter();
     // Posted from whichever thread: handled on ours, and dropped once the page is gone.
     observations_.emplace_back(center, center.addObserver(name, nullptr, [this, handler](const FLKNotification& n) {
@@ -135,14 +135,14 @@ void FLKExportInspector::observe(const char* name, std::function<void(FLKExportI
                                }));
 }
 
-QCheckBox* FLKExportInspector::presetCheckBox(const QString& name) const {
+QCheckBox* FLKExportPage::presetCheckBox(const QString& name) const {
     for (const auto& box : presets_) {
         if (box.checkBox->text() == name) return box.checkBox;
     }
     return nullptr;
 }
 
-void FLKExportInspector::addPresetGroup(QVBoxLayout* layout, FLKExportType type, const QString& title) {
+void FLKExportPage::addPresetGroup(QVBoxLayout* layout, FLKExportType type, const QString& title) {
     auto* group = new QGroupBox(title, layout->parentWidget());
     auto* list = new QVBoxLayout(group);
     list->setSpacing(2);
@@ -158,7 +158,7 @@ void FLKExportInspector::addPresetGroup(QVBoxLayout* layout, FLKExportType type,
     for (const auto& preset : presets) {
         auto* check = new QCheckBox(QString::fromStdString(preset->name()), group);
         if (preset->isFrameless()) check->setToolTip("A store preview: it must show the screen without a device.");
-        connect(check, &QCheckBox::toggled, this, &FLKExportInspector::updateState);
+        connect(check, &QCheckBox::toggled, this, &FLKExportPage::updateState);
         auto* details = new QLabel(presetDetails(*preset, type), group);
         details->setIndent(24);
         details->setStyleSheet("color: palette(placeholder-text);");
@@ -169,12 +169,12 @@ void FLKExportInspector::addPresetGroup(QVBoxLayout* layout, FLKExportType type,
     layout->addWidget(group);
 }
 
-QWidget* FLKExportInspector::makeCustomSizeGroup() {
+QWidget* FLKExportPage::makeCustomSizeGroup() {
     auto* group = new QGroupBox("Custom Size");
     auto* form = new QHBoxLayout(group);
     customSize_ = new QCheckBox(group);
     customSize_->setToolTip("Export at this size too");
-    connect(customSize_, &QCheckBox::toggled, this, &FLKExportInspector::updateState);
+    connect(customSize_, &QCheckBox::toggled, this, &FLKExportPage::updateState);
     customType_ = new QComboBox(group);
     customType_->addItem("MP4", QVariant::fromValue(static_cast<qulonglong>(FLKExportTypeMP4)));
     customType_->addItem("GIF", QVariant::fromValue(static_cast<qulonglong>(FLKExportTypeGIF)));
@@ -185,8 +185,8 @@ QWidget* FLKExportInspector::makeCustomSizeGroup() {
         side->setSingleStep(2);
         side->setSuffix(" px");
     }
-    connect(customType_, &QComboBox::currentIndexChanged, this, &FLKExportInspector::customTypeChanged);
-    connect(customType_, &QComboBox::currentIndexChanged, this, &FLKExportInspector::updateState);
+    connect(customType_, &QComboBox::currentIndexChanged, this, &FLKExportPage::customTypeChanged);
+    connect(customType_, &QComboBox::currentIndexChanged, this, &FLKExportPage::updateState);
     customTypeChanged();
     customWidth_->setValue(1280);
     customHeight_->setValue(720);
@@ -199,7 +199,7 @@ QWidget* FLKExportInspector::makeCustomSizeGroup() {
     return group;
 }
 
-void FLKExportInspector::customTypeChanged() {
+void FLKExportPage::customTypeChanged() {
     const auto type = static_cast<FLKExportType>(customType_->currentData().toULongLong());
     auto calculator = FLKVideoSizeCalculator::calculatorWithType(type, {});
     for (QSpinBox* side : {customWidth_, customHeight_}) {
@@ -207,35 +207,35 @@ void FLKExportInspector::customTypeChanged() {
     }
 }
 
-QWidget* FLKExportInspector::makeDestinationGroup() {
+QWidget* FLKExportPage::makeDestinationGroup() {
     auto* group = new QGroupBox("Destination");
     auto* form = new QFormLayout(group);
     name_ = new QLineEdit("Flickwell Video", group);
     name_->setToolTip("Each file is named after this and its preset");
-    connect(name_, &QLineEdit::textChanged, this, &FLKExportInspector::updateState);
+    connect(name_, &QLineEdit::textChanged, this, &FLKExportPage::updateState);
     form->addRow("Name:", name_);
     auto* folderRow = new QHBoxLayout;
     folder_ = new QLineEdit(defaultFolder(), group);
-    connect(folder_, &QLineEdit::textChanged, this, &FLKExportInspector::updateState);
+    connect(folder_, &QLineEdit::textChanged, this, &FLKExportPage::updateState);
     auto* choose = new QPushButton("Choose...", group);
-    connect(choose, &QPushButton::clicked, this, &FLKExportInspector::chooseFolder);
+    connect(choose, &QPushButton::clicked, this, &FLKExportPage::chooseFolder);
     folderRow->addWidget(folder_);
     folderRow->addWidget(choose);
     form->addRow("Folder:", folderRow);
     return group;
 }
 
-void FLKExportInspector::chooseFolder() {
+void FLKExportPage::chooseFolder() {
     const QString folder = QFileDialog::getExistingDirectory(this, "Export To", folder_->text());
     if (!folder.isEmpty()) folder_->setText(folder);
 }
 
-void FLKExportInspector::showEvent(QShowEvent* event) {
+void FLKExportPage::showEvent(QShowEvent* event) {
     updateState();
     QWidget::showEvent(event);
 }
 
-std::vector<FLKExportInspector::Choice> FLKExportInspector::checkedChoices() const {
+std::vector<FLKExportPage::Choice> FLKExportPage::checkedChoices() const {
     std::vector<Choice> choices;
     for (const auto& box : presets_) {
         if (box.checkBox->isChecked()) choices.push_back(box.choice);
@@ -252,7 +252,7 @@ std::vector<FLKExportInspector::Choice> FLKExportInspector::checkedChoices() con
     return choices;
 }
 
-QStringList FLKExportInspector::currentIssues() const {
+QStringList FLKExportPage::currentIssues() const {
     QStringList issues;
     const auto& loader = FLKSceneLoader::defaultSceneLoader();
     const auto& scene = loader.currentScene();
@@ -271,14 +271,14 @@ QStringList FLKExportInspector::currentIssues() const {
     return issues;
 }
 
-void FLKExportInspector::updateState() {
+void FLKExportPage::updateState() {
     const QStringList issues = currentIssues();
     warnings_->setText(issues.join("\n"));
     warnings_->setVisible(!issues.isEmpty());
     export_->setEnabled(!checkedChoices().empty() && !name_->text().trimmed().isEmpty());
 }
 
-void FLKExportInspector::exportCheckedPresets() {
+void FLKExportPage::exportCheckedPresets() {
     auto choices = checkedChoices();
     if (choices.empty()) return;
     const std::filesystem::path folder(folder_->text().toStdString());
@@ -308,7 +308,7 @@ void FLKExportInspector::exportCheckedPresets() {
     ask->open();
 }
 
-void FLKExportInspector::startExports(const std::vector<Choice>& choices, const std::filesystem::path& folder) {
+void FLKExportPage::startExports(const std::vector<Choice>& choices, const std::filesystem::path& folder) {
     auto& loader = FLKSceneLoader::defaultSceneLoader();
     const auto scene = loader.currentScene();
     const auto timeline = loader.currentTimeline();
@@ -339,7 +339,7 @@ void FLKExportInspector::startExports(const std::vector<Choice>& choices, const 
     for (const auto& operation : operations) queue_->addOperation(operation);
 }
 
-std::vector<FLKExportOperationRow*> FLKExportInspector::rows() const {
+std::vector<FLKExportOperationRow*> FLKExportPage::rows() const {
     std::vector<FLKExportOperationRow*> result;
     for (int i = 0; i < rowsLayout_->count(); ++i) {
         if (auto* row = qobject_cast<FLKExportOperationRow*>(rowsLayout_->itemAt(i)->widget())) result.push_back(row);
@@ -347,28 +347,28 @@ std::vector<FLKExportOperationRow*> FLKExportInspector::rows() const {
     return result;
 }
 
-FLKExportOperationRow* FLKExportInspector::rowFor(const void* operation) const {
+FLKExportOperationRow* FLKExportPage::rowFor(const void* operation) const {
     for (FLKExportOperationRow* row : rows()) {
         if (row->operation().get() == operation) return row;
     }
     return nullptr;
 }
 
-void FLKExportInspector::operationDidStart(const void* operation) {
+void FLKExportPage::operationDidStart(const void* operation) {
     if (auto* row = rowFor(operation)) row->operationDidStart();
 }
 
-void FLKExportInspector::operationDidUpdate(const void* operation) {
+void FLKExportPage::operationDidUpdate(const void* operation) {
     if (auto* row = rowFor(operation)) row->operationDidUpdate();
 }
 
-void FLKExportInspector::operationDidFinish(const void* operation) {
+void FLKExportPage::operationDidFinish(const void* operation) {
     if (auto* row = rowFor(operation)) row->operationDidFinish();
 }
 
-void FLKExportInspector::queueDidStart(const void*) { cancelAll_->setEnabled(true); }
+void FLKExportPage::queueDidStart(const void*) { cancelAll_->setEnabled(true); }
 
-void FLKExportInspector::queueDidFinish(const void*) {
+void FLKExportPage::queueDidFinish(const void*) {
     cancelAll_->setEnabled(false);
     if (!waitingForQueue_) return;
     waitingForQueue_ = false;

@@ -23,11 +23,11 @@
 
 #include "FLKAppTestSupport.h"
 #include "app/canvas/FLKSceneView.h"
-#include "app/inspectors/FLKExportInspector.h"
-#include "app/inspectors/FLKExportOperationRow.h"
+#include "app/sidepanel/FLKExportPage.h"
+#include "app/sidepanel/FLKExportOperationRow.h"
 #include "app/shell/FLKFileHandler.h"
 #include "app/shell/FLKMainMenu.h"
-#include "app/inspectors/FLKInspectorPanel.h"
+#include "app/sidepanel/FLKSidePanel.h"
 #include "app/shell/FLKMainWindow.h"
 #include "app/shell/FLKPreferencesDialog.h"
 #include "app/shell/FLKRenderLoopController.h"
@@ -84,7 +84,7 @@ QMessageBox* alert() {
 }
 }  // namespace
 
-class ExportInspectorTests : public QObject {
+class ExportPageTests : public QObject {
     Q_OBJECT
 
 private slots:
@@ -99,7 +99,7 @@ private slots:
     void preferencesChangeTheLevelAndTheDefaults();
 
 private:
-    FLKExportInspector& page() const { return *window->exportInspector(); }
+    FLKExportPage& page() const { return *window->exportPage(); }
     double timelineDuration() const { return FLKSceneLoader::defaultSceneLoader().currentTimeline()->duration(); }
     void exportInto(const QTemporaryDir& folder);
     void waitUntilExporting(FLKExportOperationRow* row);
@@ -108,7 +108,7 @@ private:
     QTemporaryDir media;
 };
 
-void ExportInspectorTests::initTestCase() {
+void ExportPageTests::initTestCase() {
     QVERIFY(media.isValid());
     FLKSyntheticVideo::Options options;
     options.width = 240;
@@ -127,7 +127,7 @@ void ExportInspectorTests::initTestCase() {
     QVERIFY(window->fileHandler().handleOpenURL(recording));
     QTRY_VERIFY_WITH_TIMEOUT(std::abs(timelineDuration() - 2.0) < 0.05, 30000);
     // The page is an item of the inspector, chosen as a user would.
-    FLKInspectorPanel* inspector = window->inspectorPanel();
+    FLKSidePanel* inspector = window->sidePanel();
     const int index = inspector->indexOfPage("Export");
     QVERIFY(index >= 0);
     QCOMPARE(inspector->pageAt(index), &page());
@@ -136,23 +136,23 @@ void ExportInspectorTests::initTestCase() {
     QVERIFY(page().isVisible());
 }
 
-void ExportInspectorTests::cleanup() {
+void ExportPageTests::cleanup() {
     // Each test ticks what it exports.
     for (auto* box : page().findChildren<QCheckBox*>()) box->setChecked(false);
 }
 
-void ExportInspectorTests::cleanupTestCase() {
+void ExportPageTests::cleanupTestCase() {
     FLKExportQueue::sharedQueue()->cancelAllOperations();
     QTRY_VERIFY_WITH_TIMEOUT(!FLKExportQueue::sharedQueue()->currentOperation(), kExportTimeout);
     window.reset();
 }
 
-void ExportInspectorTests::exportInto(const QTemporaryDir& folder) {
+void ExportPageTests::exportInto(const QTemporaryDir& folder) {
     page().folderField()->setText(folder.path());
     page().nameField()->setText("Demo");
 }
 
-void ExportInspectorTests::waitUntilExporting(FLKExportOperationRow* row) {
+void ExportPageTests::waitUntilExporting(FLKExportOperationRow* row) {
     QVERIFY(row);
     QTRY_VERIFY_WITH_TIMEOUT(row->operation()->isExecuting() && row->progressBar()->value() > 0, kExportTimeout);
 }
@@ -160,7 +160,7 @@ void ExportInspectorTests::waitUntilExporting(FLKExportOperationRow* row) {
 // Every preset of both types has its box with its size, durations and rate;
 // a store preset on this short video with a device frame warns twice, on
 // the page and again before anything starts.
-void ExportInspectorTests::presetsShowTheirLimitsAndWhatTheyWillNotLike() {
+void ExportPageTests::presetsShowTheirLimitsAndWhatTheyWillNotLike() {
     QTemporaryDir folder;
     exportInto(folder);
     QVERIFY(page().presetCheckBox("Chat Message"));
@@ -204,7 +204,7 @@ void ExportInspectorTests::presetsShowTheirLimitsAndWhatTheyWillNotLike() {
 // A GIF preset and a custom MP4 size: two files that ffprobe reads, as long
 // as the timeline, at their sizes; the canvas draws nothing from the queue's
 // start to its end and plays again afterwards.
-void ExportInspectorTests::twoPresetsExportTwoFilesWhileThePreviewIsPaused() {
+void ExportPageTests::twoPresetsExportTwoFilesWhileThePreviewIsPaused() {
     QTemporaryDir folder;
     exportInto(folder);
     click(page().presetCheckBox("Chat Message"));
@@ -234,7 +234,7 @@ void ExportInspectorTests::twoPresetsExportTwoFilesWhileThePreviewIsPaused() {
                                                            framesAtEnd = canvas->framesDrawn();
                                                            pausedAtEveryUpdate &= renderLoop->isPaused();
                                                        }));
-    QSignalSpy done(&page(), &FLKExportInspector::exportsDidFinish);
+    QSignalSpy done(&page(), &FLKExportPage::exportsDidFinish);
     click(page().exportButton());
     QCOMPARE(page().rows().size(), size_t(2));
     QTRY_VERIFY(renderLoop->isPaused());
@@ -272,7 +272,7 @@ void ExportInspectorTests::twoPresetsExportTwoFilesWhileThePreviewIsPaused() {
 
 // A big export cancelled from its row once it is writing, after a GIF:
 // nothing of it, the GIF written, no error.
-void ExportInspectorTests::cancellingAnExportLeavesNoFile() {
+void ExportPageTests::cancellingAnExportLeavesNoFile() {
     QTemporaryDir folder;
     exportInto(folder);
     click(page().customSizeCheckBox());
@@ -280,7 +280,7 @@ void ExportInspectorTests::cancellingAnExportLeavesNoFile() {
     page().customWidthBox()->setValue(1920);
     page().customHeightBox()->setValue(1920);
     click(page().presetCheckBox("Chat Message"));
-    QSignalSpy done(&page(), &FLKExportInspector::exportsDidFinish);
+    QSignalSpy done(&page(), &FLKExportPage::exportsDidFinish);
     click(page().exportButton());
     const auto rows = page().rows();
     QCOMPARE(rows.size(), size_t(2));
@@ -299,12 +299,12 @@ void ExportInspectorTests::cancellingAnExportLeavesNoFile() {
     QCOMPARE(page().summaryLabel()->text(), QString("1 exported, 1 cancelled."));
 }
 
-void ExportInspectorTests::cancelAllStopsEveryExport() {
+void ExportPageTests::cancelAllStopsEveryExport() {
     QTemporaryDir folder;
     exportInto(folder);
     click(page().presetCheckBox("Chat Message"));
     click(page().presetCheckBox("README"));
-    QSignalSpy done(&page(), &FLKExportInspector::exportsDidFinish);
+    QSignalSpy done(&page(), &FLKExportPage::exportsDidFinish);
     click(page().exportButton());
     QCOMPARE(page().rows().size(), size_t(2));
     waitUntilExporting(page().rows().at(0));
@@ -319,7 +319,7 @@ void ExportInspectorTests::cancelAllStopsEveryExport() {
 
 // A missing folder or a name that cannot be a file: an alert naming it, and
 // nothing queued.
-void ExportInspectorTests::badDestinationsAreRefusedBeforeStarting() {
+void ExportPageTests::badDestinationsAreRefusedBeforeStarting() {
     QTemporaryDir folder;
     exportInto(folder);
     click(page().presetCheckBox("Chat Message"));
@@ -346,7 +346,7 @@ void ExportInspectorTests::badDestinationsAreRefusedBeforeStarting() {
     QVERIFY(!QDir(missing).exists());
 }
 
-void ExportInspectorTests::preferencesChangeTheLevelAndTheDefaults() {
+void ExportPageTests::preferencesChangeTheLevelAndTheDefaults() {
     QAction* item = window->mainMenu()->preferencesAction();
     QCOMPARE(item->shortcut(), QKeySequence(QKeySequence::Preferences));
     item->trigger();
@@ -387,6 +387,6 @@ void ExportInspectorTests::preferencesChangeTheLevelAndTheDefaults() {
     QTRY_VERIFY(!window->mainMenu()->preferencesDialog());
 }
 
-int main(int argc, char** argv) { return flk_test::runTests<ExportInspectorTests>(argc, argv); }
+int main(int argc, char** argv) { return flk_test::runTests<ExportPageTests>(argc, argv); }
 
-#include "FLKExportInspectorTests.moc"
+#include "FLKExportPageTests.moc"

@@ -28,12 +28,12 @@ class QVBoxLayout;
 // operation per checked preset on the shared export queue; the queue itself
 // presents the session's errors together when it ends. Main thread only;
 // the export notifications reach it through queued calls.
-class FLKExportInspector : public QWidget {
+class FLKExportPage : public QWidget {
     Q_OBJECT
 
 public:
-    explicit FLKExportInspector(QWidget* parent = nullptr);
-    ~FLKExportInspector() override;
+    explicit FLKExportPage(QWidget* parent = nullptr);
+    ~FLKExportPage() override;
 
     // The check box of the preset named so, or null.
     QCheckBox* presetCheckBox(const QString& name) const;
@@ -84,8 +84,8 @@ private:
     void chooseFolder();
     void updateState();
     std::vector<Choice> checkedChoices() const;
-    void observe(const char* name, void (FLKExportInspector::*handler)(const void*));
-    void observe(const char* name, std::function<void(FLKExportInspector*, const void*)> handler);
+    void observe(const char* name, void (FLKExportPage::*handler)(const void*));
+    void observe(const char* name, std::function<void(FLKExportPage*, const void*)> handler);
     void operationDidStart(const void* operation);
     void operationDidUpdate(const void* operation);
     void operationDidFinish(const void* operation);

@@ -1,4 +1,4 @@
-#include "editing/FLKRecordingInspectorViewModel.h"
+#include "editing/FLKRecordingPanelViewModel.h"
 
 #include <algorithm>
 
@@ -25,32 +25,32 @@ namespace {
 constexpr double kSelectKeptRecordingDelay = 0.1;
 }  // namespace
 
-std::shared_ptr<FLKRecordingInspectorViewModel> FLKRecordingInspectorViewModel::make(std::string identifier,
+std::shared_ptr<FLKRecordingPanelViewModel> FLKRecordingPanelViewModel::make(std::string identifier,
                                                                                      Environment environment) {
-    std::shared_ptr<FLKRecordingInspectorViewModel> model(
-        new FLKRecordingInspectorViewModel(std::move(identifier), std::move(environment)));
+    std::shared_ptr<FLKRecordingPanelViewModel> model(
+        new FLKRecordingPanelViewModel(std::move(identifier), std::move(environment)));
     model->findDevices();
     model->observe();
     return model;
 }
 
-std::shared_ptr<FLKRecordingInspectorViewModel> FLKRecordingInspectorViewModel::make(std::string identifier) {
+std::shared_ptr<FLKRecordingPanelViewModel> FLKRecordingPanelViewModel::make(std::string identifier) {
     return make(std::move(identifier), Environment{});
 }
 
-FLKRecordingInspectorViewModel::FLKRecordingInspectorViewModel(std::string identifier, Environment environment)
+FLKRecordingPanelViewModel::FLKRecordingPanelViewModel(std::string identifier, Environment environment)
     : identifier_(std::move(identifier)),
       environment_(std::move(environment)),
       queue_(environment_.queue ? environment_.queue : FLKMainQueue::main()) {}
 
-FLKRecordingInspectorViewModel::~FLKRecordingInspectorViewModel() {
+FLKRecordingPanelViewModel::~FLKRecordingPanelViewModel() {
     for (auto token : notificationTokens_) FLKNotificationCenter::defaultCenter().removeObserver(token);
     if (temporaryStore_) temporaryStore_->stopWatchingForUpdates();
     if (recorder_) recorder_->finish();
 }
 
-void FLKRecordingInspectorViewModel::observe() {
-    std::weak_ptr<FLKRecordingInspectorViewModel> weak = weak_from_this();
+void FLKRecordingPanelViewModel::observe() {
+    std::weak_ptr<FLKRecordingPanelViewModel> weak = weak_from_this();
     auto& center = FLKNotificationCenter::defaultCenter();
     notificationTokens_.push_back(
         center.addObserver(kFLKSceneLoaderDidLoadSceneNotification, nullptr, [weak](const FLKNotification& note) {
@@ -71,10 +71,10 @@ void FLKRecordingInspectorViewModel::observe() {
     }));
 }
 
-std::shared_ptr<FLKLocalStore> FLKRecordingInspectorViewModel::temporaryStore() {
+std::shared_ptr<FLKLocalStore> FLKRecordingPanelViewModel::temporaryStore() {
     if (!temporaryStore_) {
         temporaryStore_ = FLKDeviceScreenRecorder::recentlyRecordedStore();
-        std::weak_ptr<FLKRecordingInspectorViewModel> weak = weak_from_this();
+        std::weak_ptr<FLKRecordingPanelViewModel> weak = weak_from_this();
         temporaryStore_->startWatchingForUpdates([weak] {
             if (auto self = weak.lock()) self->updateItems();
         });
@@ -82,25 +82,25 @@ std::shared_ptr<FLKLocalStore> FLKRecordingInspectorViewModel::temporaryStore() 
     return temporaryStore_;
 }
 
-const std::shared_ptr<FLKRecordingDevicesDropDownViewModel>& FLKRecordingInspectorViewModel::dropDownViewModel() {
+const std::shared_ptr<FLKRecordingDevicesDropDownViewModel>& FLKRecordingPanelViewModel::dropDownViewModel() {
     if (!dropDownViewModel_) {
         dropDownViewModel_ = FLKRecordingDevicesDropDownViewModel::make(identifier_ + "_devices", environment_.finder);
     }
     return dropDownViewModel_;
 }
 
-const std::shared_ptr<FLKRecordButtonViewModel>& FLKRecordingInspectorViewModel::recordButtonViewModel() {
+const std::shared_ptr<FLKRecordButtonViewModel>& FLKRecordingPanelViewModel::recordButtonViewModel() {
     if (!recordButtonViewModel_) recordButtonViewModel_ = std::make_shared<FLKRecordButtonViewModel>("FLKRecordButtonViewModel");
     return recordButtonViewModel_;
 }
 
 const std::vector<std::shared_ptr<FLKRecentlyRecordedItemViewModel>>&
-FLKRecordingInspectorViewModel::recentlyRecordedItemViewModels() {
+FLKRecordingPanelViewModel::recentlyRecordedItemViewModels() {
     if (!itemsMade_) createRecentlyRecordedItemViewModels();
     return items_;
 }
 
-void FLKRecordingInspectorViewModel::createRecentlyRecordedItemViewModels() {
+void FLKRecordingPanelViewModel::createRecentlyRecordedItemViewModels() {
     auto urls = temporaryStore()->fileURLs();
     std::reverse(urls.begin(), urls.end());
     std::vector<std::shared_ptr<FLKRecentlyRecordedItemViewModel>> items;
@@ -113,12 +113,12 @@ void FLKRecordingInspectorViewModel::createRecentlyRecordedItemViewModels() {
     itemsMade_ = true;
 }
 
-void FLKRecordingInspectorViewModel::updateItems() {
+void FLKRecordingPanelViewModel::updateItems() {
     createRecentlyRecordedItemViewModels();
     didChangeProperty("recentlyRecordedItemViewModels");
 }
 
-void FLKRecordingInspectorViewModel::setSelectedItemIndex(size_t index) {
+void FLKRecordingPanelViewModel::setSelectedItemIndex(size_t index) {
     selectedItemIndex_ = index;
     didChangeProperty("selectedItemIndex");
     if (index == kNotFound) return;
@@ -126,12 +126,12 @@ void FLKRecordingInspectorViewModel::setSelectedItemIndex(size_t index) {
     deselectDeviceIfNecessary();
 }
 
-void FLKRecordingInspectorViewModel::loadItemAtIndex(size_t index) {
+void FLKRecordingPanelViewModel::loadItemAtIndex(size_t index) {
     const auto& items = recentlyRecordedItemViewModels();
     if (index < items.size()) loadMediaFromUrl(items[index]->itemURL());
 }
 
-void FLKRecordingInspectorViewModel::loadMediaFromUrl(const std::filesystem::path& url) {
+void FLKRecordingPanelViewModel::loadMediaFromUrl(const std::filesystem::path& url) {
     deselectDeviceIfNecessary();
     if (!sceneModifier_) return;
     auto asset = FLKAsset::assetWithPath(url.string());
@@ -143,8 +143,8 @@ void FLKRecordingInspectorViewModel::loadMediaFromUrl(const std::filesystem::pat
     }
 }
 
-void FLKRecordingInspectorViewModel::findDevices() {
-    std::weak_ptr<FLKRecordingInspectorViewModel> weak = weak_from_this();
+void FLKRecordingPanelViewModel::findDevices() {
+    std::weak_ptr<FLKRecordingPanelViewModel> weak = weak_from_this();
     auto dropDown = dropDownViewModel();
     dropDown->addPropertyObserver([weak](const std::string& property) {
         auto self = weak.lock();
@@ -154,7 +154,7 @@ void FLKRecordingInspectorViewModel::findDevices() {
     });
 }
 
-void FLKRecordingInspectorViewModel::startPreviewWithDevice(const std::shared_ptr<FLKDevice>& device) {
+void FLKRecordingPanelViewModel::startPreviewWithDevice(const std::shared_ptr<FLKDevice>& device) {
     recordButtonViewModel()->showPrepareToRecord();
     destroyRecorder();
     // While a recording is being named the recorder stays: it still has to keep it.
@@ -164,7 +164,7 @@ void FLKRecordingInspectorViewModel::startPreviewWithDevice(const std::shared_pt
     recorder_->preview();
 }
 
-void FLKRecordingInspectorViewModel::destroyRecorder() {
+void FLKRecordingPanelViewModel::destroyRecorder() {
     if (savingRecording_ || !recorder_) return;
     recorder_->setOutput(nullptr);
     recorder_->finish();
@@ -172,11 +172,11 @@ void FLKRecordingInspectorViewModel::destroyRecorder() {
     didChangeProperty("isPreviewing");
 }
 
-void FLKRecordingInspectorViewModel::cleanupRecorder() {
+void FLKRecordingPanelViewModel::cleanupRecorder() {
     if (recorder_) recorder_->cleanup();
 }
 
-void FLKRecordingInspectorViewModel::toggleRecord(const std::function<void()>& onShowingApp) {
+void FLKRecordingPanelViewModel::toggleRecord(const std::function<void()>& onShowingApp) {
     if (!recorder_) {
         if (const auto& device = dropDownViewModel()->currentDevice()) startPreviewWithDevice(device);
         return;
@@ -186,80 +186,80 @@ void FLKRecordingInspectorViewModel::toggleRecord(const std::function<void()>& o
     } else if (recorder_->isRecording()) {
         stop();
     } else {
-        flk::log("%s line %d $ FLKRecordingInspectorViewModel: Waiting for something to happen", __func__, __LINE__);
+        flk::log("%s line %d $ FLKRecordingPanelViewModel: Waiting for something to happen", __func__, __LINE__);
     }
 }
 
-void FLKRecordingInspectorViewModel::startRecording(const std::function<void()>& onShowingApp) {
+void FLKRecordingPanelViewModel::startRecording(const std::function<void()>& onShowingApp) {
     recorder_->record();
     const auto& device = dropDownViewModel()->currentDevice();
     if (device && device->isShowingApp() && onShowingApp) onShowingApp();
     dropDownViewModel()->setEnabled(false);
 }
 
-void FLKRecordingInspectorViewModel::stop() {
+void FLKRecordingPanelViewModel::stop() {
     if (recorder_) recorder_->finish();
     dropDownViewModel()->setEnabled(true);
 }
 
-void FLKRecordingInspectorViewModel::stopAfterDeselectingDevice() {
+void FLKRecordingPanelViewModel::stopAfterDeselectingDevice() {
     cleanupRecorder();
     destroyRecorder();
     recordButtonViewModel()->hideRecordingButton();
     dropDownViewModel()->setEnabled(true);
 }
 
-void FLKRecordingInspectorViewModel::stopAfterFailureWithError(const FLKError& error) {
+void FLKRecordingPanelViewModel::stopAfterFailureWithError(const FLKError& error) {
     stopAfterDeselectingDevice();
     queue_->post([error] { FLKUserFeedback::shared().presentError(error); });
 }
 
-void FLKRecordingInspectorViewModel::showPreview() {
+void FLKRecordingPanelViewModel::showPreview() {
     if (recorder_) recorderDidStartPreview(*recorder_);
 }
 
-void FLKRecordingInspectorViewModel::showSplashVideoIfNeeded() {
+void FLKRecordingPanelViewModel::showSplashVideoIfNeeded() {
     if (!timelineQuery_ || timelineQuery_->numClipsForTrackAtIndex(0) != 0) return;
     if (auto tutorial = FLKResources::URLForResource("tutorial_1", kFLKFileExtensionMOV)) loadMediaFromUrl(*tutorial);
 }
 
-void FLKRecordingInspectorViewModel::deselectDeviceIfNecessary() { dropDownViewModel()->deselectDevice(); }
+void FLKRecordingPanelViewModel::deselectDeviceIfNecessary() { dropDownViewModel()->deselectDevice(); }
 
-void FLKRecordingInspectorViewModel::presentSaveRecordingSheet() {
+void FLKRecordingPanelViewModel::presentSaveRecordingSheet() {
     savingRecording_ = true;
     didChangeProperty("isSavingRecording");
     if (environment_.sheets) environment_.sheets->presentSaveRecordingSheet(weak_from_this(), "");
 }
 
-void FLKRecordingInspectorViewModel::dismissSaveRecordingSheet() {
+void FLKRecordingPanelViewModel::dismissSaveRecordingSheet() {
     if (environment_.sheets) environment_.sheets->dismissSaveRecordingSheet();
     savingRecording_ = false;
     didChangeProperty("isSavingRecording");
 }
 
-void FLKRecordingInspectorViewModel::recorderIsReady(FLKDeviceScreenRecorder&) {
+void FLKRecordingPanelViewModel::recorderIsReady(FLKDeviceScreenRecorder&) {
     recordButtonViewModel()->recorderIsReady();
 }
 
-void FLKRecordingInspectorViewModel::recorderDidStartPreview(FLKDeviceScreenRecorder& recorder) {
+void FLKRecordingPanelViewModel::recorderDidStartPreview(FLKDeviceScreenRecorder& recorder) {
     const auto& device = dropDownViewModel()->currentDevice();
     if (!sceneModifier_ || !device) return;
     recorder.setOutput(sceneModifier_->loadRealtimeSpriteForDevice(*device));
 }
 
-void FLKRecordingInspectorViewModel::recorderDidStart(FLKDeviceScreenRecorder&) {
+void FLKRecordingPanelViewModel::recorderDidStart(FLKDeviceScreenRecorder&) {
     recordButtonViewModel()->recorderDidStart();
 }
 
-void FLKRecordingInspectorViewModel::recorderDidFinish(FLKDeviceScreenRecorder&) {
+void FLKRecordingPanelViewModel::recorderDidFinish(FLKDeviceScreenRecorder&) {
     recordButtonViewModel()->recorderDidFinish();
     presentSaveRecordingSheet();
 }
 
-void FLKRecordingInspectorViewModel::recorderDidSaveRecordingAtURL(FLKDeviceScreenRecorder&,
+void FLKRecordingPanelViewModel::recorderDidSaveRecordingAtURL(FLKDeviceScreenRecorder&,
                                                                    const std::optional<std::filesystem::path>&) {
     destroyRecorder();
-    std::weak_ptr<FLKRecordingInspectorViewModel> weak = weak_from_this();
+    std::weak_ptr<FLKRecordingPanelViewModel> weak = weak_from_this();
     queue_->postAfter(kSelectKeptRecordingDelay, [weak] {
         if (auto self = weak.lock()) {
             self->updateItems();
@@ -268,14 +268,14 @@ void FLKRecordingInspectorViewModel::recorderDidSaveRecordingAtURL(FLKDeviceScre
     });
 }
 
-void FLKRecordingInspectorViewModel::recorderDidFailWithError(FLKDeviceScreenRecorder& recorder, const FLKError& error) {
+void FLKRecordingPanelViewModel::recorderDidFailWithError(FLKDeviceScreenRecorder& recorder, const FLKError& error) {
     bool listed = recorder.device() && dropDownViewModel()->hasDevice(*recorder.device());
     auto translated = flk::recording::translateRecorderError(error, listed);
     if (translated.deselectDevice) deselectDeviceIfNecessary();
     stopAfterFailureWithError(translated.error);
 }
 
-void FLKRecordingInspectorViewModel::sheetDidSaveWithName(const std::string& name) {
+void FLKRecordingPanelViewModel::sheetDidSaveWithName(const std::string& name) {
     if (!recorder_) {
         stopAfterFailureWithError(flk::recording::recordingLostError());
         return;
@@ -286,21 +286,21 @@ void FLKRecordingInspectorViewModel::sheetDidSaveWithName(const std::string& nam
     deselectDeviceIfNecessary();
 }
 
-void FLKRecordingInspectorViewModel::sheetDidCancel() {
+void FLKRecordingPanelViewModel::sheetDidCancel() {
     dismissSaveRecordingSheet();
     deselectDeviceIfNecessary();
 }
 
-void FLKRecordingInspectorViewModel::sceneDidUpdate(unsigned long loadType) {
+void FLKRecordingPanelViewModel::sceneDidUpdate(unsigned long loadType) {
     if (loadType == 1) return;
     if (isPreviewing()) showPreview();
     else showSplashVideoIfNeeded();
 }
 
-void FLKRecordingInspectorViewModel::appWillPause() {
+void FLKRecordingPanelViewModel::appWillPause() {
     if (recorder_) recorder_->setIsPreviewPaused(true);
 }
 
-void FLKRecordingInspectorViewModel::appDidUnPause() {
+void FLKRecordingPanelViewModel::appDidUnPause() {
     if (recorder_) recorder_->setIsPreviewPaused(false);
 }

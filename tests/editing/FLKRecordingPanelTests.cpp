@@ -21,7 +21,7 @@
 #include "editing/FLKRecentlyRecordedItemViewModel.h"
 #include "editing/FLKRecordButtonViewModel.h"
 #include "editing/FLKRecordingDevicesDropDownViewModel.h"
-#include "editing/FLKRecordingInspectorViewModel.h"
+#include "editing/FLKRecordingPanelViewModel.h"
 #include "editing/FLKRecordingItemMenuViewModel.h"
 #include "editing/FLKSaveRecordingSheetPresenting.h"
 
@@ -87,7 +87,7 @@ struct InspectorTest : ::testing::Test {
     std::shared_ptr<NotedScene> scene = std::make_shared<NotedScene>();
     std::shared_ptr<NotedFeedback> feedback = std::make_shared<NotedFeedback>();
     std::shared_ptr<NotedSheets> sheets = std::make_shared<NotedSheets>();
-    std::shared_ptr<FLKRecordingInspectorViewModel> inspector;
+    std::shared_ptr<FLKRecordingPanelViewModel> inspector;
 
     void SetUp() override {
         FLKMainQueue::setMain(queue);
@@ -96,7 +96,7 @@ struct InspectorTest : ::testing::Test {
         ::setenv("FLICKWELL_ADB", "/nonexistent/adb", 1);
         monitors->add("hdmi");
         phones->add("R58");
-        inspector = FLKRecordingInspectorViewModel::make("recording", {&finder, queue, sheets});
+        inspector = FLKRecordingPanelViewModel::make("recording", {&finder, queue, sheets});
         inspector->setSceneModifier(scene);
     }
     void TearDown() override {
@@ -182,7 +182,7 @@ TEST_F(InspectorTest, KeepingARecordingSelectsTheNewestAfterATenthOfASecondAndLo
     auto recorder = inspector->recorder();
     inspector->recorderDidSaveRecordingAtURL(*recorder, store->createFileURLWithName("B newest"));
     queue->advanceBy(0.099);
-    EXPECT_EQ(inspector->selectedItemIndex(), FLKRecordingInspectorViewModel::kNotFound);
+    EXPECT_EQ(inspector->selectedItemIndex(), FLKRecordingPanelViewModel::kNotFound);
     queue->advanceBy(0.002);
     EXPECT_EQ(inspector->selectedItemIndex(), 0u);
     const auto& items = inspector->recentlyRecordedItemViewModels();

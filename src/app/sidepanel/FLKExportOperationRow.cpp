@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKExportOperationRow.h"
+#include "app/sidepanel/FLKExportOperationRow.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>

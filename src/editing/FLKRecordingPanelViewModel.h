@@ -27,10 +27,10 @@ class FLKTimelineQuery;
 // name and keep the recording, load kept ones back. Observers hear
 // "selectedItemIndex", "recentlyRecordedItemViewModels", "isPreviewing" and
 // "isSavingRecording". Main thread only.
-class FLKRecordingInspectorViewModel : public FLKPropertyObservable,
+class FLKRecordingPanelViewModel : public FLKPropertyObservable,
                                        public FLKDeviceScreenRecorderDelegate,
                                        public FLKSaveRecordingSheetDelegate,
-                                       public std::enable_shared_from_this<FLKRecordingInspectorViewModel> {
+                                       public std::enable_shared_from_this<FLKRecordingPanelViewModel> {
 public:
     static constexpr size_t kNotFound = static_cast<size_t>(INT64_MAX);
     // The render loop's pause and resume.
@@ -42,9 +42,9 @@ public:
         std::shared_ptr<FLKMainQueue> queue;                     // the main queue when null
         std::shared_ptr<FLKSaveRecordingSheetPresenting> sheets;  // none headless
     };
-    static std::shared_ptr<FLKRecordingInspectorViewModel> make(std::string identifier, Environment environment);
-    static std::shared_ptr<FLKRecordingInspectorViewModel> make(std::string identifier);
-    ~FLKRecordingInspectorViewModel() override;
+    static std::shared_ptr<FLKRecordingPanelViewModel> make(std::string identifier, Environment environment);
+    static std::shared_ptr<FLKRecordingPanelViewModel> make(std::string identifier);
+    ~FLKRecordingPanelViewModel() override;
 
     const std::string& identifier() const { return identifier_; }
     size_t selectedItemIndex() const { return selectedItemIndex_; }
@@ -96,7 +96,7 @@ public:
     void appDidUnPause();
 
 private:
-    FLKRecordingInspectorViewModel(std::string identifier, Environment environment);
+    FLKRecordingPanelViewModel(std::string identifier, Environment environment);
     void observe();
     void createRecentlyRecordedItemViewModels();
 

@@ -1,4 +1,4 @@
-#include "app/inspectors/FLKTemplatesInspector.h"
+#include "app/sidepanel/FLKTemplatesPage.h"
 
 #include <QAction>
 #include <QDir>
@@ -28,7 +28,7 @@ void refreshLater(QWidget* widget, std::function<void()> refresh) {
 }
 }  // namespace
 
-FLKTemplatesInspector::FLKTemplatesInspector(FLKMainWindow& window, QWidget* parent)
+FLKTemplatesPage::FLKTemplatesPage(FLKMainWindow& window, QWidget* parent)
     : QWidget(parent), window_(window) {
     grid_ = new FLKTemplateGrid(kPreviewSide);
     grid_->setObjectName("templateGrid");
@@ -53,12 +53,12 @@ FLKTemplatesInspector::FLKTemplatesInspector(FLKMainWindow& window, QWidget* par
             [this](QListWidgetItem* item) { chooseTemplateAtRow(grid_->row(item)); });
     connect(grid_, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { chooseTemplateAtRow(grid_->row(item)); });
-    connect(grid_, &QListWidget::currentRowChanged, this, &FLKTemplatesInspector::refreshButtons);
+    connect(grid_, &QListWidget::currentRowChanged, this, &FLKTemplatesPage::refreshButtons);
     // The menu's own item asks for the name and handles clashes with other templates.
     connect(saveButton_, &QPushButton::clicked, this, [this] { window_.mainMenu()->saveAsTemplateAction()->trigger(); });
-    connect(renameButton_, &QPushButton::clicked, this, &FLKTemplatesInspector::renameCurrentWithDialog);
-    connect(deleteButton_, &QPushButton::clicked, this, &FLKTemplatesInspector::deleteCurrentWithDialog);
-    connect(importButton_, &QPushButton::clicked, this, &FLKTemplatesInspector::importWithDialog);
+    connect(renameButton_, &QPushButton::clicked, this, &FLKTemplatesPage::renameCurrentWithDialog);
+    connect(deleteButton_, &QPushButton::clicked, this, &FLKTemplatesPage::deleteCurrentWithDialog);
+    connect(importButton_, &QPushButton::clicked, this, &FLKTemplatesPage::importWithDialog);
 
     auto& center = FLKNotificationCenter::defaultCenter();
     templatesObservation_ = FLKObservation(
@@ -77,7 +77,7 @@ FLKTemplatesInspector::FLKTemplatesInspector(FLKMainWindow& window, QWidget* par
     refreshButtons();
 }
 
-bool FLKTemplatesInspector::chooseTemplateAtRow(int row) {
+bool FLKTemplatesPage::chooseTemplateAtRow(int row) {
     auto chosen = grid_->templateAtRow(row);
     if (!chosen) return false;
     auto& manager = FLKTemplateManager::defaultManager();
@@ -86,19 +86,19 @@ bool FLKTemplatesInspector::chooseTemplateAtRow(int row) {
     return window_.documentController()->changeTemplate(chosen);
 }
 
-std::shared_ptr<FLKTemplate> FLKTemplatesInspector::currentUserTemplate() const {
+std::shared_ptr<FLKTemplate> FLKTemplatesPage::currentUserTemplate() const {
     auto current = grid_->templateAtRow(grid_->currentRow());
     if (!current || FLKTemplateManager::defaultManager().isBundledTemplate(*current)) return nullptr;
     return current;
 }
 
-void FLKTemplatesInspector::followSelectedTemplate() {
+void FLKTemplatesPage::followSelectedTemplate() {
     const size_t selected = FLKTemplateManager::defaultManager().selectedTemplateIndex();
     if (selected < static_cast<size_t>(grid_->count())) grid_->setCurrentRow(static_cast<int>(selected));
     refreshButtons();
 }
 
-void FLKTemplatesInspector::refreshButtons() {
+void FLKTemplatesPage::refreshButtons() {
     const bool ownTemplate = currentUserTemplate() != nullptr;
     renameButton_->setEnabled(ownTemplate);
     deleteButton_->setEnabled(ownTemplate);
@@ -107,7 +107,7 @@ void FLKTemplatesInspector::refreshButtons() {
     deleteButton_->setToolTip(why);
 }
 
-void FLKTemplatesInspector::renameCurrentWithDialog() {
+void FLKTemplatesPage::renameCurrentWithDialog() {
     auto current = currentUserTemplate();
     if (!current) return;
     const QString oldName = QString::fromStdString(current->name());
@@ -125,7 +125,7 @@ void FLKTemplatesInspector::renameCurrentWithDialog() {
     FLKUserFeedback::shared().presentError(error);
 }
 
-void FLKTemplatesInspector::deleteCurrentWithDialog() {
+void FLKTemplatesPage::deleteCurrentWithDialog() {
     auto current = currentUserTemplate();
     if (!current) return;
     const auto answer = QMessageBox::question(
@@ -135,7 +135,7 @@ void FLKTemplatesInspector::deleteCurrentWithDialog() {
     if (answer == QMessageBox::Yes) FLKTemplateManager::defaultManager().removeTemplate(current);
 }
 
-void FLKTemplatesInspector::importWithDialog() {
+void FLKTemplatesPage::importWithDialog() {
     // Templates are folders: the file dialog picks the folder itself.
     const QString path = QFileDialog::getExistingDirectory(this, "Import Template", QDir::homePath());
     if (path.isEmpty()) return;
