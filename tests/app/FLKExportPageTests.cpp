@@ -183,7 +183,7 @@ void ExportPageTests::presetsShowTheirLimitsAndWhatTheyWillNotLike() {
     QVERIFY2(warnings.contains("The video is too short at 2.0s for App Preview Phone Portrait."), qPrintable(warnings));
     QVERIFY(warnings.contains("Minimum duration is 15.0s, make a longer video."));
     QVERIFY(warnings.contains("\"App Preview Phone Portrait\" is a store preview"));
-    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "export-inspector-presets.png"));
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "export-page-presets.png"));
 
     const size_t rowsBefore = page().rows().size();
     click(page().exportButton());
@@ -253,7 +253,7 @@ void ExportPageTests::twoPresetsExportTwoFilesWhileThePreviewIsPaused() {
         QVERIFY(row->showInFolderButton()->isVisible());
         QVERIFY(!row->cancelButton()->isVisible());
     }
-    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "export-inspector-done.png"));
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "export-page-done.png"));
 
     QCOMPARE(filesIn(folder), QStringList({"Demo 320x240.mp4", "Demo Chat Message.gif"}));
     const Probe gif = probe(folder.filePath("Demo Chat Message.gif"));

@@ -263,7 +263,7 @@ void SidePanelTests::choosingATemplateInTheGridChangesTheSceneAndKeepsTheClip() 
     QCOMPARE(loader().currentScene(), sceneNow);
 
     QTRY_VERIFY(window->sceneView()->scene() == loader().currentScene());
-    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "inspector-templates.png"));
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "side-panel-templates.png"));
 }
 
 void SidePanelTests::ownTemplatesAreSavedRenamedAndDeletedFromThePage() {
@@ -324,7 +324,7 @@ void SidePanelTests::aColourPickIsOneUndoStepAndCancellingChangesNothing() {
     QCOMPARE(QColor::fromRgbF(after[1].red, after[1].green, after[1].blue), picked);
     for (size_t corner : {0, 2, 3}) QVERIFY(after[corner] == before[corner]);
     QCOMPARE(undoDepth(), depth + 1);
-    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "inspector-background.png"));
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "side-panel-background.png"));
 
     // Undo gives the colours back exactly; redo the pick.
     window->undoAction()->trigger();
@@ -405,7 +405,7 @@ void SidePanelTests::masksGoOnTheSelectedScreenAndTheLibraryFollowsImports() {
     QVERIFY(flk::isLexicallyInside(applied, FLKFile::currentFile()->media()->url()));
     QCOMPARE(undoDepth(), depth + 1);
     QVERIFY(target->video() && target->video()->maskTexture());
-    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "inspector-masks.png"));
+    QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "side-panel-masks.png"));
     window->undoAction()->trigger();
     QVERIFY(target->videoMaskImageURL() == templateMask);
     window->redoAction()->trigger();
