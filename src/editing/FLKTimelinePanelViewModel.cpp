@@ -154,11 +154,7 @@ void FLKTimelinePanelViewModel::updateCursorLocation(double points) {
 }
 
 void FLKTimelinePanelViewModel::togglePlay() {
-    if (timeline_->isPlaying()) {
-        timeline_->pause();
-    } else {
-        timeline_->play();
-    }
+    timeline_->togglePlay();
     refreshPlayHead();
 }
 

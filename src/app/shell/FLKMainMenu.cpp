@@ -197,8 +197,7 @@ void FLKMainMenu::addPanelItem(QDockWidget* panel) {
 void FLKMainMenu::buildPlaybackMenu() {
     QMenu* playback = window_.menuBar()->addMenu("&Playback");
     playPauseAction_ = addItem(playback, "&Play/Pause", [] {
-        auto timeline = FLKTimeline::masterTimeline();
-        timeline->isPlaying() ? timeline->pause() : timeline->play();
+        FLKTimeline::masterTimeline()->togglePlay();
     });
     playPauseAction_->setShortcut(QKeySequence(Qt::Key_Space));
     loopAction_ = addItem(playback, "&Loop", nullptr);

@@ -85,7 +85,7 @@ void FLKRenderLoopController::apply() {
         center.post(FLKAppWillWillPauseNotification);
         sceneView_->setPaused(true);
         // Coming back resumes what was playing, not what the user had paused.
-        resumesPlayback_ = timeline->isPlaying();
+        resumesPlayback_ = timeline->isPlayingOrWaiting();
         timeline->pause();
     } else {
         if (resumesPlayback_) timeline->play();

@@ -177,6 +177,10 @@ void FLKTimeline::pause() {
     pauseInternally();
 }
 
+void FLKTimeline::togglePlay() {
+    isPlayingOrWaiting() ? pause() : play();
+}
+
 void FLKTimeline::pauseInternally() {
     isPlaying_.store(false);
     if (auto timer = this->timer()) timer->removeUpdateable(shared_from_this());

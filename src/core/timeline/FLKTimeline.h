@@ -77,10 +77,15 @@ public:
     void setCurrentTime(double t);
 
     bool isPlaying() const { return isPlaying_.load(); }
+    // Playing, or held until the tracks can show their frames: what the user
+    // sees as playing.
+    bool isPlayingOrWaiting() const { return isPlaying() || readinessChecker_->isWaiting(); }
     bool isLooping() const { return looping_.load(); }
     void setLooping(bool looping) { looping_.store(looping); }
     void play();
     void pause();
+    // Play/Pause as the user means it: pauses while waiting for frames too.
+    void togglePlay();
     // From the start, playing.
     void loop();
     bool update(double time) override;

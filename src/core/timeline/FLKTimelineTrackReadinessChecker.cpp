@@ -34,7 +34,14 @@ bool FLKTimelineTrackReadinessChecker::checkReadinessForTracks(
         generation = generation_;
     }
     if (allReady(tracks)) return true;
-    setStatus(kNotReady);
+    {
+        // A pause since the tracks were taken leaves nothing to wait for; a
+        // late "not ready" would read as waiting to play.
+        std::lock_guard lock(mutex_);
+        if (generation != generation_) return false;
+        status_.store(kNotReady);
+    }
+    tellDelegate(kNotReady);
     std::weak_ptr<FLKTimelineTrackReadinessChecker> weakSelf = weak_from_this();
     FLKMainQueue::main()->post([weakSelf, generation] {
         if (auto self = weakSelf.lock()) self->startPolling(generation);
@@ -107,6 +114,10 @@ void FLKTimelineTrackReadinessChecker::stopTimer(std::shared_ptr<FLKTimer> timer
 
 void FLKTimelineTrackReadinessChecker::setStatus(Status status) {
     status_.store(status);
+    tellDelegate(status);
+}
+
+void FLKTimelineTrackReadinessChecker::tellDelegate(Status status) {
     std::shared_ptr<FLKTimelineTrackReadinessCheckerDelegate> delegate;
     {
         std::lock_guard lock(mutex_);

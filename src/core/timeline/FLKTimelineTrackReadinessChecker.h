@@ -22,6 +22,11 @@ public:
     int64_t status() const { return status_.load(); }
     std::vector<std::shared_ptr<FLKTimelineTrack>> currentTracks() const;
     bool isPolling() const;
+    // Held back by a track that is not ready, until it is or checking ends.
+    bool isWaiting() const {
+        const int64_t status = status_.load();
+        return status == kNotReady || status == kPolling;
+    }
 
     // Remembers the tracks; when one is not ready, reports "not ready" and
     // has the main queue start polling. Any thread.
@@ -36,6 +41,7 @@ private:
     void pollingTimerFired(FLKTimer& timer, uint64_t generation);
     void stopTimer(std::shared_ptr<FLKTimer> timer);
     void setStatus(Status status);
+    void tellDelegate(Status status);
 
     std::atomic<int64_t> status_{kIdle};
     mutable std::mutex mutex_;

@@ -272,10 +272,16 @@ TEST_F(PlaybackTest, WaitsForFramesByPollingTheTracks) {
     EXPECT_EQ(clock->currentFrame(), 1u);
 }
 
+// Play/Pause while waiting for frames pauses: the user asked for playing.
 TEST_F(PlaybackTest, PausingWhileWaitingStaysPaused) {
-    timeline->play();
+    timeline->togglePlay();
     EXPECT_FALSE(clock->tick());
-    timeline->pause();
+    EXPECT_FALSE(timeline->isPlaying());
+    EXPECT_TRUE(timeline->isPlayingOrWaiting());
+    mainQueue->runPending();
+    EXPECT_TRUE(timeline->isPlayingOrWaiting());  // polling
+    timeline->togglePlay();
+    EXPECT_FALSE(timeline->isPlayingOrWaiting());
     EXPECT_EQ(timeline->readinessChecker()->status(), FLKTimelineTrackReadinessChecker::kIdle);
 
     video->setAvailable({{0, 10}});
@@ -284,6 +290,8 @@ TEST_F(PlaybackTest, PausingWhileWaitingStaysPaused) {
     EXPECT_FALSE(timeline->readinessChecker()->isPolling());
     EXPECT_EQ(timeline->readinessChecker()->status(), FLKTimelineTrackReadinessChecker::kIdle);
     EXPECT_FALSE(timeline->isPlaying());
+    timeline->togglePlay();
+    EXPECT_TRUE(timeline->isPlaying());
 }
 
 // The clock's queue plays the timeline while the main thread edits its track.
