@@ -8,6 +8,7 @@
 #include "editing/FLKSceneViewModel.h"
 #include "editing/FLKSelectionEditingWidgetViewModel.h"
 #include "editing/FLKSelectionWidgetViewModel.h"
+#include "editing/FLKTooltipsDispatcher.h"
 #include "editing/FLKVertexEditingWidgetViewModel.h"
 
 FLKCanvasViewModels::FLKCanvasViewModels(const std::shared_ptr<FLKScene>& scene,
@@ -18,13 +19,15 @@ FLKCanvasViewModels::FLKCanvasViewModels(const std::shared_ptr<FLKScene>& scene,
       framing_(std::make_shared<FLKSelectionEditingWidgetViewModel>(cursors, std::move(queue))),
       cornering_(std::make_shared<FLKVertexEditingWidgetViewModel>(cursors)),
       hovering_(std::make_shared<FLKHoverWidgetViewModel>(scene)),
-      sceneViewModel_(std::make_shared<FLKSceneViewModel>(selecting_, cornering_, hovering_)) {
+      sceneViewModel_(std::make_shared<FLKSceneViewModel>(selecting_, cornering_, hovering_)),
+      tooltips_(std::make_shared<FLKTooltipsDispatcher>(scene, selecting_, cornering_)) {
     framing_->setSelection(selecting_->selection());
     notifier_->addObserver(sceneViewModel_);
     notifier_->addObserver(hovering_);
     notifier_->addObserver(selecting_);
     notifier_->addObserver(framing_);
     notifier_->addObserver(cornering_);
+    notifier_->addObserver(tooltips_);
 }
 
 FLKCanvasViewModels::~FLKCanvasViewModels() = default;

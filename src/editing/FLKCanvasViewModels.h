@@ -10,11 +10,12 @@ class FLKSceneViewActionsNotifier;
 class FLKSceneViewModel;
 class FLKSelectionEditingWidgetViewModel;
 class FLKSelectionWidgetViewModel;
+class FLKTooltipsDispatcher;
 class FLKVertexEditingWidgetViewModel;
 
 // The canvas's view models for one loaded scene and the notifier that fans
-// the canvas's events out to them, newest observer first: the quad-corner
-// editor, the selection frame (sharing click selection's selection), click
+// the canvas's events out to them, newest observer first: the tooltips
+// dispatcher (which sees every event), the quad-corner editor, the selection frame (sharing click selection's selection), click
 // selection, hovering, then the scene view model. Made again for every
 // scene that is loaded. Main thread only.
 class FLKCanvasViewModels {
@@ -32,6 +33,7 @@ public:
     const std::shared_ptr<FLKVertexEditingWidgetViewModel>& cornering() const { return cornering_; }
     const std::shared_ptr<FLKHoverWidgetViewModel>& hovering() const { return hovering_; }
     const std::shared_ptr<FLKSceneViewModel>& sceneViewModel() const { return sceneViewModel_; }
+    const std::shared_ptr<FLKTooltipsDispatcher>& tooltips() const { return tooltips_; }
 
 private:
     // The notifier holds its observers weakly; these keep them.
@@ -41,4 +43,5 @@ private:
     std::shared_ptr<FLKVertexEditingWidgetViewModel> cornering_;
     std::shared_ptr<FLKHoverWidgetViewModel> hovering_;
     std::shared_ptr<FLKSceneViewModel> sceneViewModel_;
+    std::shared_ptr<FLKTooltipsDispatcher> tooltips_;
 };

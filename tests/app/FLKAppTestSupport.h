@@ -77,11 +77,15 @@ inline QString artifactPath(const QString& name) {
 
 // The main window as the user sees it, saved under build/test-artifacts.
 // The window's grab is drawn without the canvas's current frame; the
-// canvas's own grab draws it, so it goes on top.
+// canvas's own grab draws it, so it goes on top, and the canvas's child
+// widgets (the tooltip) over that.
 inline bool saveScreenshot(QWidget& window, QOpenGLWidget& canvas, const QString& name) {
     QPixmap shot = window.grab();
     QPainter painter(&shot);
     painter.drawImage(QRect(canvas.mapTo(&window, QPoint()), canvas.size()), canvas.grabFramebuffer());
+    for (QWidget* child : canvas.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (child->isVisible()) child->render(&painter, canvas.mapTo(&window, child->pos()));
+    }
     painter.end();
     return shot.save(artifactPath(name));
 }

@@ -8,6 +8,7 @@
 #include <QWheelEvent>
 #include <QEventLoop>
 #include <QImage>
+#include <QLabel>
 #include <QPainter>
 #include <QPixmap>
 #include <QTest>
@@ -44,6 +45,7 @@
 #include "core/timeline/FLKTimeline.h"
 #include "editing/FLKActionPipeline.h"
 #include "editing/FLKCanvasViewModels.h"
+#include "editing/FLKTooltipsDispatcher.h"
 #include "editing/FLKHoverWidgetViewModel.h"
 #include "editing/FLKSceneViewActionsNotifier.h"
 #include "editing/FLKSelectionEditingWidgetViewModel.h"
@@ -562,6 +564,13 @@ void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
 
     hover(widgetPoint(bounds.center()));
     QCOMPARE(models->hovering()->highlightedObject(), FLKObject::Ptr(container));
+    // The hint beside the pointer, inside the canvas.
+    auto* tooltip = view->findChild<QLabel*>("tooltipsPanel");
+    QVERIFY(tooltip && tooltip->isVisible());
+    QVERIFY(!tooltip->text().isEmpty());
+    QCOMPARE(tooltip->text().toStdString(), models->tooltips()->tooltip());
+    QVERIFY(view->rect().contains(tooltip->geometry()));
+    QVERIFY(tooltip->geometry().left() > widgetPoint(bounds.center()).x());
     const QImage hovered = view->grabFramebuffer();
     const qreal ratio = hovered.devicePixelRatio();
     auto pixel = [&](FLKPoint scenePoint) { return (view->widgetPointForScenePoint(scenePoint) * ratio).toPoint(); };
@@ -571,6 +580,7 @@ void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
     QVERIFY(flk_test::saveScreenshot(*window, *window->sceneView(), "canvas-hover-highlight.png"));
     hover(QPoint(2, 2));
     QVERIFY(!models->hovering()->highlightedObject());
+    QVERIFY(!tooltip->isVisible());
     QVERIFY(!hasColourNear(view->grabFramebuffer(), pixel(leftMiddle), kAccent));
 
     // Over a corner in corner editing: a crosshair and a larger, white marker.
@@ -579,6 +589,7 @@ void AppTests::hoveringOutlinesTheObjectAndMarksTheCornerUnderThePointer() {
     hover(widgetPoint(corners[1]) + QPoint(2, 1));
     QCOMPARE(models->cornering()->currentCornerIndex(), size_t(1));
     QCOMPARE(view->cursor().shape(), Qt::CrossCursor);
+    QCOMPARE(tooltip->text(), QString(FLKTooltipsDispatcher::kMoveCorner));
     const QImage marked = view->grabFramebuffer();
     QVERIFY(hasColourNear(marked, pixel(corners[1]), Qt::white, 0, 10));
     QVERIFY(hasColourNear(marked, pixel(corners[3]), kAccent, 0, 10));

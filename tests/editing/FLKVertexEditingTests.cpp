@@ -3,12 +3,16 @@
 #include <memory>
 
 #include "core/scene/FLKPlane.h"
+#include "core/scene/FLKScene.h"
 #include "core/scene/FLKQuad.h"
 #include "core/scene/FLKSprite.h"
 #include "core/scene/FLKTexturedSprite.h"
 #include "core/scene/FLKVideoContainer.h"
 #include "core/scene/FLKVideoSprite.h"
 #include "editing/FLKActionPipeline.h"
+#include "editing/FLKCanvasViewModels.h"
+#include "editing/FLKSceneViewActionsNotifier.h"
+#include "editing/FLKTooltipsDispatcher.h"
 #include "editing/FLKCursorManager.h"
 #include "editing/FLKHoverWidgetViewModel.h"
 #include "editing/FLKSceneViewModel.h"
@@ -169,4 +173,52 @@ TEST(FLKSelectionWidgetViewModelTest, AScreenFramedByArtworkIsPickedThroughItBut
     artwork->setShape(FLKQuad::quadWithFrame({0, 0, 100, 160}));
     hover->canvasViewDidReceiveMouseMovedEvent(nullptr, mouse(FLKEventType::mouseMoved, {50, 100}));
     EXPECT_EQ(hover->highlightedObject(), screen);
+}
+
+// Through the canvas's notifier, as the canvas delivers events: the hint
+// follows the pointer, hides while a button is down and follows corner
+// editing switched on from the menu.
+TEST(FLKTooltipsDispatcherTest, HintsWhatAClickOrDragWouldDo) {
+    auto scene = std::make_shared<FLKScene>();
+    auto empty = FLKVideoContainer::videoContainerWithFrame({0, 0, 100, 200});
+    auto filled = FLKVideoContainer::videoContainerWithFrame({300, 0, 100, 200});
+    filled->setVideo(std::make_shared<FLKVideoSprite>());
+    scene->addChild(empty);
+    scene->addChild(filled);
+    FLKCanvasViewModels canvas(scene, std::make_shared<FLKCursorManager>());
+    auto& tooltips = *canvas.tooltips();
+    std::vector<std::string> shown;
+    tooltips.addPropertyObserver([&](const std::string& name) {
+        if (name == "tooltip") shown.push_back(tooltips.tooltip());
+    });
+    auto send = [&](FLKEventType type, FLKPoint p) { canvas.notifier().canvasViewDidReceiveEvent(nullptr, mouse(type, p)); };
+
+    send(FLKEventType::mouseMoved, {50, 50});
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kDropRecording);
+    send(FLKEventType::mouseMoved, {350, 50});
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kSelect);
+    send(FLKEventType::mouseDown, {350, 50});
+    EXPECT_EQ(tooltips.tooltip(), "");
+    send(FLKEventType::mouseUp, {350, 50});
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kMoveOrResize);
+    send(FLKEventType::mouseMoved, {200, 50});
+    EXPECT_EQ(tooltips.tooltip(), "");
+    send(FLKEventType::mouseMoved, {397, 197});
+
+    // Corner editing from the menu: the hint changes under a still pointer.
+    canvas.sceneViewModel()->toggleVertexEditingWidget();
+    ASSERT_TRUE(canvas.cornering()->sprite());
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kMoveCorner);
+    // The corner editor swallows the move; the hint still follows it.
+    send(FLKEventType::mouseMoved, {350, 100});
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kEditCorners);
+    canvas.notifier().canvasViewDidReceiveCancelOperation(nullptr);
+    EXPECT_EQ(tooltips.tooltip(), FLKTooltipsDispatcher::kMoveOrResize);
+    send(FLKEventType::mouseExited, {});
+    EXPECT_EQ(tooltips.tooltip(), "");
+    EXPECT_EQ(shown, (std::vector<std::string>{FLKTooltipsDispatcher::kDropRecording, FLKTooltipsDispatcher::kSelect, "",
+                                               FLKTooltipsDispatcher::kMoveOrResize, "",
+                                               FLKTooltipsDispatcher::kMoveOrResize, FLKTooltipsDispatcher::kMoveCorner,
+                                               FLKTooltipsDispatcher::kEditCorners,
+                                               FLKTooltipsDispatcher::kMoveOrResize, ""}));
 }

@@ -11,6 +11,7 @@
 #include "app/bridge/FLKQtMainWindowLocator.h"
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKSceneView.h"
+#include "app/canvas/FLKTooltipsPanel.h"
 #include "app/sidepanel/FLKBackgroundPage.h"
 #include "app/sidepanel/FLKExportPage.h"
 #include "app/sidepanel/FLKSidePanel.h"
@@ -51,6 +52,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     });
     mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
+    tooltipsPanel_ = new FLKTooltipsPanel(sceneView_);
     buildTimelineDock();
     buildSidePanelDock();
     restoreWindowLayout();
@@ -169,6 +171,7 @@ void FLKMainWindow::sceneDidUpdate() {
     auto models = std::make_unique<FLKCanvasViewModels>(loader.currentScene(), FLKCursorManager::defaultManager());
     sceneView_->setActionsNotifier(&models->notifier());
     sceneView_->setOverlay(std::make_shared<FLKCanvasOverlay>(*models));
+    tooltipsPanel_->setDispatcher(models->tooltips());
     canvasViewModels_ = std::move(models);
     sceneView_->setScene(loader.currentScene());
     sceneView_->setTimeline(timeline);

@@ -12,6 +12,7 @@
 #include "core/platform/FLKNotificationCenter.h"
 
 class FLKCanvasViewModels;
+class FLKTooltipsPanel;
 class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKDocumentController;
@@ -92,6 +93,7 @@ private:
     void welcomeWindowDidClose();
 
     FLKSceneView* sceneView_ = nullptr;
+    FLKTooltipsPanel* tooltipsPanel_ = nullptr;  // a child of the canvas
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
     FLKExportPage* exportPage_ = nullptr;
