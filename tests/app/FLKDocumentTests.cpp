@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QImage>
 #include <QInputDialog>
+#include <QListWidget>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -162,7 +163,7 @@ private slots:
     void unusableDropsGetAMessageAndChangeNothing();
     void laterStartHandsItsFilesToTheRunningProgram();
     void savedTemplatesAndRecentDocumentsAreOfferedInTheFileMenu();
-    void menusLeaveBreadcrumbs();
+    void menusListsAndSpritesLeaveBreadcrumbs();
     void viewAndPlaybackItemsDriveTheCameraAndTimeline();
     void autosaveSurvivesAKillAndIsOfferedAtTheNextStart();
 
@@ -481,7 +482,7 @@ void DocumentTests::savedTemplatesAndRecentDocumentsAreOfferedInTheFileMenu() {
     QVERIFY(itemNamed(recent, "&Clear Menu") == nullptr);
 }
 
-void DocumentTests::menusLeaveBreadcrumbs() {
+void DocumentTests::menusListsAndSpritesLeaveBreadcrumbs() {
     FLKBreadcrumbLog::startLogging();
     QVERIFY(FLKBreadcrumbLog::logPath().startsWith(qEnvironmentVariable("FLICKWELL_HOME")));
     window->mainMenu()->zoomInAction()->trigger();
@@ -495,6 +496,18 @@ void DocumentTests::menusLeaveBreadcrumbs() {
     QVERIFY(QTest::qWaitForWindowExposed(&panel));
     QTest::mouseClick(button, Qt::LeftButton);
     QVERIFY(lastLine(FLKBreadcrumbLog::logPath()).endsWith("$ [BUTTON] Export -> (QWidget -clicked)"));
+
+    QListWidget list;
+    list.addItems({"First", "Second", "Third"});
+    list.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualItemRect(list.item(2)).center());
+    QVERIFY(lastLine(FLKBreadcrumbLog::logPath()).endsWith("$ [COLLECTION VIEW] -> (0 - 2)"));
+
+    // Logged before loading: a picture that fails to load is the one to know about.
+    FLKError error;
+    QVERIFY(!FLKTexturedSprite::spriteWithResourceURL(newPath("Missing Badge.png").toStdString(), &error));
+    QVERIFY(lastLine(FLKBreadcrumbLog::logPath()).endsWith("$ [LOADING SPRITE] Missing Badge.png"));
 }
 
 void DocumentTests::viewAndPlaybackItemsDriveTheCameraAndTimeline() {

@@ -9,6 +9,8 @@ namespace {
 // Never destroyed: worker threads may still log while the process exits.
 std::mutex& gSinkMutex = *new std::mutex;
 std::function<void(const std::string&)>& gSink = *new std::function<void(const std::string&)>;  // guarded by gSinkMutex
+std::mutex& gBreadcrumbMutex = *new std::mutex;
+flk::BreadcrumbSink& gBreadcrumbSink = *new flk::BreadcrumbSink;  // guarded by gBreadcrumbMutex
 }  // namespace
 
 namespace flk {
@@ -34,5 +36,15 @@ void log(const char* format, ...) {
 void setLogSink(std::function<void(const std::string&)> sink) {
     std::lock_guard lock(gSinkMutex);
     gSink = std::move(sink);
+}
+
+void breadcrumb(const char* function, int line, const std::string& text) {
+    std::lock_guard lock(gBreadcrumbMutex);
+    if (gBreadcrumbSink) gBreadcrumbSink(function, line, text);
+}
+
+void setBreadcrumbSink(BreadcrumbSink sink) {
+    std::lock_guard lock(gBreadcrumbMutex);
+    gBreadcrumbSink = std::move(sink);
 }
 }  // namespace flk

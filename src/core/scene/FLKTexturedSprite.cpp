@@ -27,6 +27,7 @@ FLKTexturedSprite::FLKTexturedSprite(std::shared_ptr<FLKGPUTexture> texture) {
 
 std::shared_ptr<FLKTexturedSprite> FLKTexturedSprite::spriteWithResourceURL(const std::filesystem::path& url,
                                                                             FLKError* error) {
+    logLoading(url);
     auto texture = FLKTextureLoader::texture2DWithImageURL(url, false, error);
     if (!texture) return nullptr;
     auto sprite = std::make_shared<FLKTexturedSprite>(std::move(texture));
@@ -42,7 +43,14 @@ void FLKTexturedSprite::initWithDictionary(const FLKJSON& dictionary) {
     FLKSprite::initWithDictionary(dictionary);
     auto stored = dictionary.find("resourceURL");
     if (stored == dictionary.end() || !stored->is_string()) return;
-    if (auto url = flk::resolvedMediaPath(stored->get<std::string>())) loadResource(*url);
+    if (auto url = flk::resolvedMediaPath(stored->get<std::string>())) {
+        logLoading(*url);
+        loadResource(*url);
+    }
+}
+
+void FLKTexturedSprite::logLoading(const std::filesystem::path& url) {
+    flk::breadcrumb(__func__, __LINE__, "[LOADING SPRITE] " + url.filename().string());
 }
 
 void FLKTexturedSprite::loadResource(const std::filesystem::path& url) {

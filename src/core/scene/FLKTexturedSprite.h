@@ -49,6 +49,9 @@ protected:
     virtual void loadResource(const std::filesystem::path& url);
 
 private:
+    // A breadcrumb for every picture or video a sprite takes up, loaded or not.
+    static void logLoading(const std::filesystem::path& url);
+
     std::optional<std::filesystem::path> resourceURL_;  // main thread only
 
     // Replaced by live frames on the capture thread, read by the renderer.
