@@ -1,6 +1,7 @@
 #include "core/capture/FLKAdbCaptureInput.h"
 
 #include "core/capture/FLKAdb.h"
+#include "core/capture/FLKAdbStreamParser.h"
 #include "core/capture/FLKCaptureDecoder.h"
 #include "core/capture/FLKCaptureError.h"
 #include "core/capture/FLKSubprocess.h"
@@ -26,18 +27,17 @@ bool FLKAdbCaptureInput::open(FLKError* error) {
         return false;
     }
     std::string reason;
-    decoder_ = FLKCaptureDecoder::make(AV_CODEC_ID_H264, &reason);
-    if (!decoder_) {
+    auto decoder = FLKCaptureDecoder::make(AV_CODEC_ID_H264, &reason, FLKCaptureDecoder::kPartialPictures);
+    if (!decoder) {
         flk::setError(error, flk::capture::captureFailedError(reason));
         return false;
     }
+    stream_ = std::make_unique<FLKAdbStreamParser>(
+        std::move(decoder), [this](FLKCapturedFrame frame) { deliver(std::move(frame)); }, &monotonicNow);
     return true;
 }
 
-void FLKAdbCaptureInput::close() {
-    decoder_.reset();
-    pendingPackets_.clear();
-}
+void FLKAdbCaptureInput::close() { stream_.reset(); }
 
 void FLKAdbCaptureInput::interrupt() {
     std::lock_guard lock(processMutex_);
@@ -87,9 +87,7 @@ bool FLKAdbCaptureInput::readOneRun(std::string* failure) {
         process_ = process;
     }
     ++runs_;
-    // A fresh run starts a fresh stream; the decoder carries on with its new parameter sets.
-    parserCodec_ = avcodec_alloc_context3(nullptr);
-    parser_ = av_parser_init(AV_CODEC_ID_H264);
+    stream_->beginStream();
     bool produced = false;
     if (stopping()) process->kill();
     std::vector<uint8_t> buffer(1 << 16);
@@ -97,13 +95,11 @@ bool FLKAdbCaptureInput::readOneRun(std::string* failure) {
         ssize_t n = process->read(buffer.data(), buffer.size());
         if (n <= 0) break;
         produced = true;
-        parse(buffer.data(), static_cast<int>(n));
+        // An empty pipe after a read: screenrecord has written a whole picture.
+        stream_->append(buffer.data(), static_cast<size_t>(n), !process->waitReadable(0));
     }
     // The picture still held by the parser is complete once the stream ended.
-    if (!stopping()) parse(nullptr, 0);
-    av_parser_close(parser_);
-    parser_ = nullptr;
-    avcodec_free_context(&parserCodec_);
+    if (!stopping()) stream_->endStream();
     {
         std::lock_guard lock(processMutex_);
         process_.reset();
@@ -114,39 +110,4 @@ bool FLKAdbCaptureInput::readOneRun(std::string* failure) {
         if (failure->empty()) *failure = "screenrecord ended with status " + std::to_string(status);
     }
     return produced;
-}
-
-void FLKAdbCaptureInput::parse(const uint8_t* data, int size) {
-    do {
-        uint8_t* out = nullptr;
-        int outSize = 0;
-        int used = av_parser_parse2(parser_, parserCodec_, &out, &outSize, data, size, AV_NOPTS_VALUE, AV_NOPTS_VALUE,
-                                    0);
-        if (used < 0) return;
-        if (data) {
-            data += used;
-            size -= used;
-        }
-        if (outSize > 0) emitPacket(out, outSize, parser_->key_frame == 1);
-    } while (size > 0);
-}
-
-void FLKAdbCaptureInput::emitPacket(const uint8_t* data, int size, bool keyFrame) {
-    auto stored = std::make_shared<FLKCapturedPacket>();
-    stored->data.assign(data, data + size);
-    stored->keyFrame = keyFrame;
-    stored->arrivalTime = monotonicNow();
-    pendingPackets_.push_back(stored);
-    flk::media::Packet packet(av_packet_alloc());
-    if (av_new_packet(packet.get(), size) < 0) return;
-    std::copy(data, data + size, packet->data);
-    if (keyFrame) packet->flags |= AV_PKT_FLAG_KEY;
-    double arrival = stored->arrivalTime;
-    decoder_->decode(packet.get(), [&](std::shared_ptr<const FLKPixelBuffer> pixels) {
-        FLKCapturedFrame frame;
-        frame.pixels = std::move(pixels);
-        frame.arrivalTime = arrival;
-        frame.packets.swap(pendingPackets_);
-        deliver(std::move(frame));
-    });
 }

@@ -6,10 +6,8 @@
 
 #include "core/capture/FLKCaptureInput.h"
 
-class FLKCaptureDecoder;
+class FLKAdbStreamParser;
 class FLKSubprocess;
-struct AVCodecParserContext;
-struct AVCodecContext;
 
 // A phone's screen through `adb exec-out screenrecord`: raw H.264 without
 // timestamps, pictures only when the screen changes, and an end at the
@@ -36,8 +34,6 @@ protected:
 private:
     // One screenrecord run; false when it produced nothing at all.
     bool readOneRun(std::string* failure);
-    void parse(const uint8_t* data, int size);
-    void emitPacket(const uint8_t* data, int size, bool keyFrame);
 
     const std::string serial_;
     const long bitRate_;
@@ -45,9 +41,5 @@ private:
     std::atomic<bool> restartRequested_ = false;
     std::mutex processMutex_;
     std::shared_ptr<FLKSubprocess> process_;     // guarded by processMutex_
-    // Capture thread only:
-    std::unique_ptr<FLKCaptureDecoder> decoder_;
-    AVCodecParserContext* parser_ = nullptr;
-    AVCodecContext* parserCodec_ = nullptr;
-    std::vector<std::shared_ptr<const FLKCapturedPacket>> pendingPackets_;
+    std::unique_ptr<FLKAdbStreamParser> stream_;  // capture thread only
 };

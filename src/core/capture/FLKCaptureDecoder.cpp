@@ -13,7 +13,8 @@ extern "C" {
 }
 
 namespace {
-flk::media::CodecContext openContext(const AVCodec* codec, const AVCodecParameters* parameters, std::string* reason) {
+flk::media::CodecContext openContext(const AVCodec* codec, const AVCodecParameters* parameters, std::string* reason,
+                                     int flags2 = 0) {
     if (!codec) {
         if (reason) *reason = "no decoder for the stream";
         return nullptr;
@@ -24,6 +25,7 @@ flk::media::CodecContext openContext(const AVCodec* codec, const AVCodecParamete
         return nullptr;
     }
     context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+    context->flags2 |= flags2;
     context->thread_count = 1;
     int rc = avcodec_open2(context.get(), codec, nullptr);
     if (rc < 0) {
@@ -45,8 +47,9 @@ std::unique_ptr<FLKCaptureDecoder> FLKCaptureDecoder::make(const AVCodecParamete
     return std::unique_ptr<FLKCaptureDecoder>(new FLKCaptureDecoder(std::move(context)));
 }
 
-std::unique_ptr<FLKCaptureDecoder> FLKCaptureDecoder::make(AVCodecID codec, std::string* reason) {
-    auto context = openContext(avcodec_find_decoder(codec), nullptr, reason);
+std::unique_ptr<FLKCaptureDecoder> FLKCaptureDecoder::make(AVCodecID codec, std::string* reason, Options options) {
+    auto context = openContext(avcodec_find_decoder(codec), nullptr, reason,
+                               options == kPartialPictures ? AV_CODEC_FLAG2_CHUNKS : 0);
     if (!context) return nullptr;
     return std::unique_ptr<FLKCaptureDecoder>(new FLKCaptureDecoder(std::move(context)));
 }
@@ -88,3 +91,5 @@ bool FLKCaptureDecoder::decode(const AVPacket* packet, const PictureHandler& han
     }
     return true;
 }
+
+void FLKCaptureDecoder::reset() { avcodec_flush_buffers(context_.get()); }

@@ -21,11 +21,17 @@ public:
 
     // Null with `reason` when no decoder can be opened.
     static std::unique_ptr<FLKCaptureDecoder> make(const AVCodecParameters* parameters, std::string* reason);
-    static std::unique_ptr<FLKCaptureDecoder> make(AVCodecID codec, std::string* reason);
+    // With kPartialPictures a packet may hold part of a picture, cut between
+    // NAL units; a picture comes out once all of it is in.
+    enum Options { kWholePictures = 0, kPartialPictures = 1 };
+    static std::unique_ptr<FLKCaptureDecoder> make(AVCodecID codec, std::string* reason,
+                                                   Options options = kWholePictures);
 
     // Decodes the packet (null drains) and hands over every picture it completes;
     // false when the packet cannot be decoded (the stream may still recover).
     bool decode(const AVPacket* packet, const PictureHandler& handler);
+    // Forgets the pictures so far: decoding starts again at a key frame.
+    void reset();
 
 private:
     explicit FLKCaptureDecoder(flk::media::CodecContext context);

@@ -20,4 +20,6 @@ struct FLKCapturedFrame {
     std::shared_ptr<const FLKPixelBuffer> pixels;
     double arrivalTime = 0;  // seconds on the monotonic clock
     std::vector<std::shared_ptr<const FLKCapturedPacket>> packets;
+    // The picture went out before (without its packets): these are for the recording only.
+    bool alreadyShown = false;
 };

@@ -140,8 +140,9 @@ void FLKDeviceScreenRecorder::startSession() {
 
 void FLKDeviceScreenRecorder::captureOutput(const FLKCapturedFrame& frame) {
     if (!session_) return;
-    if (!frame.pixels) {
-        // A picture dropped on the way: a kept stream still needs its packets.
+    if (!frame.pixels || frame.alreadyShown) {
+        // A picture dropped on the way, or shown before its packets were cut:
+        // a kept stream still needs its packets.
         if (recordingWriter_ && !writerFinishing_ && recordingSessionStartTime_ >= 0) recordingWriter_->append(frame);
         return;
     }

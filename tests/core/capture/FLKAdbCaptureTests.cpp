@@ -9,6 +9,8 @@
 #include "core/capture/FLKAdb.h"
 #include "core/capture/FLKAdbCaptureInput.h"
 #include "core/capture/FLKAdbDeviceProvider.h"
+#include "core/capture/FLKAdbStreamParser.h"
+#include "core/capture/FLKCaptureDecoder.h"
 #include "core/capture/FLKCaptureError.h"
 #include "core/capture/FLKDeviceScreenRecorder.h"
 #include "core/capture/FLKMobileDevice.h"
@@ -39,6 +41,7 @@ struct AdbCaptureTest : ::testing::Test {
     }
     void TearDown() override {
         ::unsetenv("FLICKWELL_ADB");
+        ::unsetenv("FLK_STANDIN_HOLD");
         queue->runUntil([] { return false; }, 0);
     }
     int runs() const {
@@ -145,6 +148,62 @@ TEST_F(AdbCaptureTest, PreviewReachesTheSpriteAndTheRecordingKeepsThePhonesPictu
     EXPECT_EQ(*delegate->savedURL, store->createFileURLWithName("Standin take"));
     EXPECT_EQ(flk::test::decodeAll(*delegate->savedURL).size(), recorded.size());
     EXPECT_FALSE(std::filesystem::exists(*result));
+}
+
+// A still phone screen sends nothing after a picture: the picture must not
+// wait for the next one to begin.
+TEST_F(AdbCaptureTest, APictureIsShownOnceItsOwnBytesAreIn) {
+    const auto single = folder / "single.h264";
+    ASSERT_TRUE(flk::test::makeTestPattern(single, 1, 320, 240));
+    ::setenv("FLK_STANDIN_STREAM", single.c_str(), 1);
+    ::setenv("FLK_STANDIN_HOLD", "1", 1);
+    auto device = phone();
+    ASSERT_TRUE(device);
+    auto recorder = FLKDeviceScreenRecorder::make(device, std::make_shared<flk::test::RecordingDelegate>(),
+                                                  FLKDeviceScreenRecorder::recentlyRecordedStore(), queue);
+    auto sprite = FLKRealtimeVideoSprite::realtimeVideoSprite();
+    recorder->setOutput(sprite);
+    recorder->preview();
+    ASSERT_TRUE(queue->runUntil([&] { return sprite->imageBuffer() != nullptr; }, kGiveUp));
+    EXPECT_TRUE(flk::test::samePixels(*sprite->imageBuffer(), *flk::test::decodeAll(single).at(0).pixels));
+    recorder->finishAndCleanup();
+}
+
+// Read boundaries anywhere, each taken for the end of a picture: the
+// recording still gets the stream's access units byte for byte, and the
+// preview every picture once, in order, decoded exactly.
+TEST_F(AdbCaptureTest, GuessedPictureEndsNeverCostAPictureOrAByte) {
+    std::ifstream in(clip, std::ios::binary);
+    const std::vector<uint8_t> stream((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const auto pattern = flk::test::decodeAll(clip);
+    ASSERT_EQ(pattern.size(), static_cast<size_t>(kClipFrames));
+    // Whole pictures, cuts inside NAL units, and one byte at a time at the start.
+    for (size_t chunk : {stream.size(), size_t(997), size_t(4093), size_t(1)}) {
+        std::string reason;
+        auto decoder = FLKCaptureDecoder::make(AV_CODEC_ID_H264, &reason, FLKCaptureDecoder::kPartialPictures);
+        ASSERT_TRUE(decoder) << reason;
+        std::vector<FLKCapturedFrame> frames;
+        FLKAdbStreamParser parser(std::move(decoder), [&](FLKCapturedFrame frame) { frames.push_back(std::move(frame)); },
+                                  [] { return 0.0; });
+        parser.beginStream();
+        for (size_t at = 0; at < stream.size();) {
+            const size_t n = std::min(chunk == 1 && at > 2000 ? size_t(4096) : chunk, stream.size() - at);
+            parser.append(stream.data() + at, n, true);
+            at += n;
+        }
+        parser.endStream();
+        std::vector<uint8_t> recorded;
+        size_t shown = 0;
+        for (const auto& frame : frames) {
+            for (const auto& packet : frame.packets) recorded.insert(recorded.end(), packet->data.begin(), packet->data.end());
+            if (frame.alreadyShown) continue;
+            ASSERT_LT(shown, pattern.size()) << "chunks of " << chunk;
+            EXPECT_TRUE(flk::test::samePixels(*frame.pixels, *pattern[shown].pixels)) << "picture " << shown << ", chunks of " << chunk;
+            ++shown;
+        }
+        EXPECT_EQ(shown, pattern.size()) << "chunks of " << chunk;
+        EXPECT_TRUE(recorded == stream) << "chunks of " << chunk;
+    }
 }
 
 TEST_F(AdbCaptureTest, QuittingFinishesTheRecordingAndDeletesWhatWasNotKept) {

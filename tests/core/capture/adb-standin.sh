@@ -6,6 +6,8 @@
 #   FLK_STANDIN_STATE   a folder: "runs" counts screenrecord runs; a file
 #                       "unplugged" there makes the phone disappear
 #   FLK_STANDIN_DEVICES the phones' lines (default: one ready phone)
+#   FLK_STANDIN_HOLD    when set, the file goes out at once and screenrecord
+#                       then stays open, as on a phone whose screen is still
 state=${FLK_STANDIN_STATE:-/tmp}
 devices() {
   if [ -e "$state/unplugged" ]; then return; fi
@@ -33,6 +35,10 @@ case "$1" in
     echo run >> "$state/runs"
     # exec keeps this process id: a test ends the stream through it.
     echo $$ > "$state/screenrecord.pid"
+    if [ -n "$FLK_STANDIN_HOLD" ]; then
+      cat "$FLK_STANDIN_STREAM"
+      exec tail -f /dev/null
+    fi
     exec ffmpeg -hide_banner -loglevel error -re -r 30 -f h264 -i "$FLK_STANDIN_STREAM" -c copy -f h264 -
     ;;
   *)
