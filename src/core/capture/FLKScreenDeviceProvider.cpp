@@ -20,24 +20,30 @@ std::vector<std::shared_ptr<FLKDevice>> FLKScreenDeviceProvider::devices() {
 void FLKScreenDeviceProvider::startWatching(std::function<void()> changed) {
     if (watcher_.isRunning()) return;
     std::string name = displayName_;
-    watcher_.start([name, changed = std::move(changed)](FLKWatcherThread& thread) {
+    watcher_.start([this, name, changed = std::move(changed)](FLKWatcherThread& thread) {
         // A connection of its own: Xlib connections are not shared between threads here.
         Display* display = XOpenDisplay(name.empty() ? nullptr : name.c_str());
         if (!display) return;
         int eventBase = 0;
         int errorBase = 0;
         if (XRRQueryExtension(display, &eventBase, &errorBase)) {
-            XRRSelectInput(display, DefaultRootWindow(display),
+            const Window root = DefaultRootWindow(display);
+            XRRSelectInput(display, root,
                            RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask |
                                RRResourceChangeNotifyMask);
-            XFlush(display);
+            // A monitor set or deleted by a client (xrandr --setmonitor) comes
+            // only as the root window's ConfigureNotify, no RandR event.
+            XSelectInput(display, root, StructureNotifyMask);
+            XSync(display, False);
+            watchingEvents_ = true;
             while (thread.wait(ConnectionNumber(display))) {
                 bool relevant = false;
                 while (XPending(display)) {
                     XEvent event;
                     XNextEvent(display, &event);
                     XRRUpdateConfiguration(&event);
-                    relevant |= event.type == eventBase + RRScreenChangeNotify || event.type == eventBase + RRNotify;
+                    relevant |= event.type == eventBase + RRScreenChangeNotify || event.type == eventBase + RRNotify ||
+                                (event.type == ConfigureNotify && event.xconfigure.window == root);
                 }
                 if (relevant) changed();
             }
@@ -46,4 +52,7 @@ void FLKScreenDeviceProvider::startWatching(std::function<void()> changed) {
     });
 }
 
-void FLKScreenDeviceProvider::stopWatching() { watcher_.stop(); }
+void FLKScreenDeviceProvider::stopWatching() {
+    watcher_.stop();
+    watchingEvents_ = false;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "core/capture/FLKDeviceProvider.h"
@@ -14,8 +15,11 @@ public:
     std::vector<std::shared_ptr<FLKDevice>> devices() override;
     void startWatching(std::function<void()> changed) override;
     void stopWatching() override;
+    // Whether the display now sends the watcher its changes.
+    bool isWatchingEvents() const { return watchingEvents_; }
 
 private:
     const std::string displayName_;
     FLKWatcherThread watcher_;
+    std::atomic<bool> watchingEvents_ = false;  // set by the watcher thread
 };

@@ -5,6 +5,7 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/Xrandr.h>
 
+#include <atomic>
 #include <cstdlib>
 
 #include "FLKCaptureTestSupport.h"
@@ -88,12 +89,26 @@ TEST(FLKScreenCapture, ListsTheMonitorAndKnowsWhereTheAppIs) {
     EXPECT_NEAR(screen->minFrameDuration(), 1.0 / 30, 1e-9);
 }
 
-// RandR sends no event for a monitor declared on part of a screen (only for
-// outputs, CRTCs and the screen, which Xvfb cannot change): this checks the listing.
+// A monitor declared on part of the screen (xrandr --setmonitor) and then
+// deleted: each is a change the watching provider hears, and the list shows it.
 TEST(FLKScreenCapture, AMonitorDeclaredOnPartOfTheScreenIsListedByItsName) {
     Display* display = XOpenDisplay(nullptr);
     ASSERT_NE(display, nullptr);
     FLKScreenDeviceProvider provider;
+    auto queue = std::make_shared<FLKRunLoopMainQueue>();
+    std::atomic<int> changes = 0;
+    provider.startWatching([&] {
+        ++changes;
+        queue->post([] {});
+    });
+    // The watcher's connection must have selected its events before the change.
+    ASSERT_TRUE(queue->runUntil(
+        [&] {
+            if (provider.isWatchingEvents()) return true;
+            queue->post([] {});  // nothing posts when it gets there: keep looking
+            return false;
+        },
+        kGiveUp));
     auto listed = [&] {
         std::vector<std::string> ids;
         for (const auto& device : provider.devices()) ids.push_back(device->uniqueIdentifier());
@@ -112,6 +127,7 @@ TEST(FLKScreenCapture, AMonitorDeclaredOnPartOfTheScreenIsListedByItsName) {
     monitor->mheight = 150;
     XRRSetMonitor(display, DefaultRootWindow(display), monitor);
     XSync(display, False);
+    ASSERT_TRUE(queue->runUntil([&] { return changes >= 1; }, kGiveUp));
     auto devices = provider.devices();
     ASSERT_EQ(devices.size(), 2u);
     auto half = std::find_if(devices.begin(), devices.end(),
@@ -120,9 +136,12 @@ TEST(FLKScreenCapture, AMonitorDeclaredOnPartOfTheScreenIsListedByItsName) {
     EXPECT_EQ((*half)->name(), "LEFTHALF");  // no EDID and no output: RandR's name for it
     EXPECT_EQ(dynamic_cast<FLKScreenDevice&>(**half).monitor().width, 320);
 
+    const int afterSetting = changes;
     XRRDeleteMonitor(display, DefaultRootWindow(display), monitor->name);
     XSync(display, False);
+    ASSERT_TRUE(queue->runUntil([&] { return changes > afterSetting; }, kGiveUp));
     EXPECT_EQ(listed(), before);
+    provider.stopWatching();
     XRRFreeMonitors(monitor);
     XCloseDisplay(display);
 }
