@@ -14,6 +14,7 @@
 #include "core/gpu/FLKContext.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKClock.h"
+#include "core/platform/FLKPerformanceSettings.h"
 
 void FLKApplicationSetup::prepareEnvironment() {
     ::setenv("QT_XCB_GL_INTEGRATION", "xcb_egl", 0);
@@ -45,7 +46,19 @@ bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
         return false;
     }
     FLKContext::useNativePlatform({egl->display(), egl->config(), egl->nativeContext()});
-    return FLKContext::isGPUSupported(reason);
+    if (!FLKContext::isGPUSupported(reason)) return false;
+    // Drawn on the processor, 4x multisampling alone costs more than the
+    // preview rate leaves; the user can still pick a higher level.
+    if (drawsInSoftware()) FLKPerformanceSettings::globalSettings().setPerformanceLevel(kSoftwarePerformanceLevel);
+    return true;
+}
+
+bool FLKApplicationSetup::drawsInSoftware() {
+    const QString device = QString::fromStdString(FLKContext::sharedContext()->deviceName());
+    for (const char* rasteriser : {"llvmpipe", "softpipe", "swrast", "SwiftShader"}) {
+        if (device.contains(rasteriser, Qt::CaseInsensitive)) return true;
+    }
+    return false;
 }
 
 void FLKApplicationSetup::showOpenGLNotSupportedAlert() {

@@ -17,7 +17,13 @@ public:
     // event loop, and its contexts made on Qt's EGL display, sharing with
     // Qt's global context. False with `reason` set when OpenGL 4.5 cannot be
     // had that way.
+    // On a software rasteriser the preview starts at kSoftwarePerformanceLevel.
     static bool bindCore(QObject* application, std::string* reason);
+
+    // Whether the core's GL is a rasteriser running on the processor (Mesa's
+    // llvmpipe or softpipe, ...). After bindCore().
+    static bool drawsInSoftware();
+    static constexpr unsigned kSoftwarePerformanceLevel = 1;
 
     // The critical alert for a machine without OpenGL 4.5; returns when the
     // user dismissed it.
