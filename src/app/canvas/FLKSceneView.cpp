@@ -127,7 +127,10 @@ QSize FLKSceneView::frameSizeFor(QSize size, qreal devicePixelRatio, bool fixedR
 
 void FLKSceneView::followPlayHead() {
     if (!timeline_ || !isVisible()) return;
-    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) return update();
+    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) {
+        if (timeline_->isPlaying()) emit playHeadFrameDue();
+        return update();
+    }
     // A still play head whose frame was not decoded yet (the timeline also
     // stops itself while it waits): drawing again before the frame is there
     // would only take the processor from the decoder.

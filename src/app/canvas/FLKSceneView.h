@@ -70,6 +70,11 @@ public:
     // Frames the renderer drew since the canvas was made.
     uint64_t framesDrawn() const { return framesDrawn_; }
 
+signals:
+    // A frame of the playing timeline is about to be drawn: widgets that
+    // follow the play head repaint now, so the window is composed once.
+    void playHeadFrameDue();
+
 protected:
     void initializeGL() override;
     void resizeGL(int w, int h) override;

@@ -5,6 +5,8 @@
 #include <QOpenGLContext>
 #include <QSurfaceFormat>
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <memory>
 
@@ -17,6 +19,10 @@
 #include "core/platform/FLKPerformanceSettings.h"
 
 void FLKApplicationSetup::prepareEnvironment() {
+    // Decoded frames are made on decoding threads and let go of on others;
+    // with an arena per thread, the memory they free stays with the arena
+    // that made them and is seldom reused (about 110 MB more at the peak).
+    mallopt(M_ARENA_MAX, 2);
     ::setenv("QT_XCB_GL_INTEGRATION", "xcb_egl", 0);
     QSurfaceFormat format;
     format.setRenderableType(QSurfaceFormat::OpenGL);

@@ -11,6 +11,7 @@ public:
     // Before QApplication: EGL on X11 (Qt's GLX integration gives no context
     // the core could share with), a 4.5 core default format and one share
     // group for all of Qt's contexts. A user's own integration choice stands.
+    // Also bounds malloc's arenas (before any thread starts).
     static void prepareEnvironment();
 
     // After QApplication: the core's main queue and user feedback on Qt's
