@@ -7,6 +7,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
 
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKInputEvents.h"
@@ -36,7 +37,7 @@ FLKSceneView::FLKSceneView(QWidget* parent) : QOpenGLWidget(parent), target_(std
     setTextureFormat(GL_RGB8);
     frameTimer_.setTimerType(Qt::PreciseTimer);
     connect(&frameTimer_, &QTimer::timeout, this, &FLKSceneView::followPlayHead);
-    setPreviewRate(FLKPerformanceSettings::globalSettings().fps());
+    applyPerformanceSettings(FLKPerformanceSettings::globalSettings());
 }
 
 FLKSceneView::~FLKSceneView() {
@@ -97,9 +98,39 @@ void FLKSceneView::setPreviewRate(unsigned fps) {
     if (!paused_) frameTimer_.start();
 }
 
+void FLKSceneView::applyPerformanceSettings(const FLKPerformanceSettings& settings) {
+    setPreviewRate(settings.fps());
+    const unsigned samples = std::max(1u, settings.msaaSampleCount());
+    if (samples == sampleCount_ && settings.fixedResolution() == fixedResolution_) return;
+    sampleCount_ = samples;
+    fixedResolution_ = settings.fixedResolution();
+    applySamplesToRenderer();
+    update();
+}
+
+void FLKSceneView::applySamplesToRenderer() {
+    if (!renderer_) return;
+    renderer_->setAntialiasing(sampleCount_ > 1 ? FLKRenderer::Antialiasing::multisample
+                                                : FLKRenderer::Antialiasing::analyticCoverage);
+    // Frames analytic coverage cannot draw are drawn with one sample too.
+    renderer_->setMultisampleCount(static_cast<int>(sampleCount_));
+}
+
+QSize FLKSceneView::frameSizeFor(QSize size, qreal devicePixelRatio, bool fixedResolution) {
+    if (!fixedResolution) {
+        return {static_cast<int>(size.width() * devicePixelRatio), static_cast<int>(size.height() * devicePixelRatio)};
+    }
+    const double pixels = static_cast<double>(size.width()) * size.height();
+    const double scale = pixels > kFixedResolutionPixels ? std::sqrt(kFixedResolutionPixels / pixels) : 1.0;
+    return {std::max(1, static_cast<int>(size.width() * scale)), std::max(1, static_cast<int>(size.height() * scale))};
+}
+
 void FLKSceneView::followPlayHead() {
     if (!timeline_ || !isVisible()) return;
-    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) return update();
+    if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) {
+        if (timeline_->isPlaying()) emit playHeadFrameDue();
+        return update();
+    }
     // A still play head whose frame was not decoded yet (the timeline also
     // stops itself while it waits): drawing again before the frame is there
     // would only take the processor from the decoder.
@@ -137,6 +168,7 @@ void FLKSceneView::initializeGL() {
     renderer_ = std::make_unique<FLKRenderer>(context_);
     renderer_->setDataSource(target_);
     renderer_->setScene(scene_);
+    applySamplesToRenderer();
     glGenFramebuffers(1, &readFramebuffer_);
     // The context goes away before the widget when it is reparented or closed.
     contextDestruction_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
@@ -155,19 +187,20 @@ void FLKSceneView::paintGL() {
     // Textures made and released here belong to the core's share group: it
     // must know this context is current.
     FLKContext::Scope scope(*context_);
-    const int pixelWidth = static_cast<int>(width() * devicePixelRatioF());
-    const int pixelHeight = static_cast<int>(height() * devicePixelRatioF());
+    const QSize pixelSize = frameSizeFor(size(), devicePixelRatioF(), false);
+    const QSize frameSize = frameSizeFor(size(), devicePixelRatioF(), fixedResolution_);
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);
-    if (!paused_) renderFrame(pixelWidth, pixelHeight);
-    presentFrame(pixelWidth, pixelHeight);
+    if (!paused_) renderFrame(frameSize);
+    presentFrame(frameSize, pixelSize);
     if (overlay_) {
         QPainter painter(this);
         overlay_->paint(painter, *this);
     }
 }
 
-void FLKSceneView::renderFrame(int pixelWidth, int pixelHeight) {
+void FLKSceneView::renderFrame(QSize frameSize) {
+    const int pixelWidth = frameSize.width(), pixelHeight = frameSize.height();
     if (!target_->texture || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight) {
         target_->texture = FLKGPUTexture::renderTarget(pixelWidth, pixelHeight, FLKPixelFormat::BGRA8);
         renderer_->clearMultisampleTexture();
@@ -185,14 +218,16 @@ void FLKSceneView::renderFrame(int pixelWidth, int pixelHeight) {
     ++framesDrawn_;
 }
 
-void FLKSceneView::presentFrame(int pixelWidth, int pixelHeight) {
-    if (!targetHoldsFrame_ || target_->texture->width() != pixelWidth || target_->texture->height() != pixelHeight)
+void FLKSceneView::presentFrame(QSize frameSize, QSize pixelSize) {
+    if (!targetHoldsFrame_ || target_->texture->width() != frameSize.width() ||
+        target_->texture->height() != frameSize.height())
         return;
     // The frame's rows run top first; the widget's framebuffer is bottom-up.
     glBindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer_);
     glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, target_->texture->name(), 0);
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, defaultFramebufferObject());
-    glBlitFramebuffer(0, 0, pixelWidth, pixelHeight, 0, pixelHeight, pixelWidth, 0, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBlitFramebuffer(0, 0, frameSize.width(), frameSize.height(), 0, pixelSize.height(), pixelSize.width(), 0,
+                      GL_COLOR_BUFFER_BIT, frameSize == pixelSize ? GL_NEAREST : GL_LINEAR);
     glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
 }
 

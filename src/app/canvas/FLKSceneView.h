@@ -10,6 +10,7 @@
 
 class FLKCanvasOverlay;
 class FLKContext;
+class FLKPerformanceSettings;
 class FLKRenderer;
 class FLKScene;
 class FLKSceneViewActionsNotifier;
@@ -54,8 +55,25 @@ public:
     bool isPaused() const { return paused_; }
     // Frames per second at which the play head is followed.
     void setPreviewRate(unsigned fps);
+    // The performance level's preview rate, samples a pixel and fixed-resolution flag.
+    void applyPerformanceSettings(const FLKPerformanceSettings& settings);
+    // More than one: edges smoothed by multisampling with that many samples.
+    // One: a sample a pixel, edges weighted by the share of the pixel covered.
+    unsigned sampleCount() const { return sampleCount_; }
+    // Frames drawn at no more than kFixedResolutionPixels, one pixel a
+    // point, and scaled to the canvas: the cost stays put on large or dense screens.
+    bool isFixedResolution() const { return fixedResolution_; }
+    static constexpr int kFixedResolutionPixels = 1280 * 720;
+    // The pixel size frames are drawn at, for a canvas of `size` points.
+    static QSize frameSizeFor(QSize size, qreal devicePixelRatio, bool fixedResolution);
+    const FLKRenderer* renderer() const { return renderer_.get(); }
     // Frames the renderer drew since the canvas was made.
     uint64_t framesDrawn() const { return framesDrawn_; }
+
+signals:
+    // A frame of the playing timeline is about to be drawn: widgets that
+    // follow the play head repaint now, so the window is composed once.
+    void playHeadFrameDue();
 
 protected:
     void initializeGL() override;
@@ -81,8 +99,9 @@ private:
     void releaseGL();
     void followPlayHead();
     bool isVideoFramePendingAt(double time) const;
-    void renderFrame(int pixelWidth, int pixelHeight);
-    void presentFrame(int pixelWidth, int pixelHeight);
+    void applySamplesToRenderer();
+    void renderFrame(QSize frameSize);
+    void presentFrame(QSize frameSize, QSize pixelSize);
 
     std::shared_ptr<FLKScene> scene_;
     FLKSceneViewActionsNotifier* notifier_ = nullptr;  // owned by the window's canvas view models
@@ -91,6 +110,8 @@ private:
     std::shared_ptr<FLKTimeline> timeline_;
     QTimer frameTimer_;
     bool paused_ = false;
+    unsigned sampleCount_ = 1;
+    bool fixedResolution_ = false;
     // The play head and video state of the last frame drawn.
     double drawnTime_ = -1;
     bool drawnBeforeVideoFrame_ = false;

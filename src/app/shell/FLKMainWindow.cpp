@@ -100,6 +100,7 @@ void FLKMainWindow::buildTimelineDock() {
     // The canvas follows the play head itself; edits in the panel change the
     // picture without moving it.
     connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
+    connect(sceneView_, &FLKSceneView::playHeadFrameDue, timelinePanel_, &FLKTimelinePanel::refreshWithFrame);
 }
 
 void FLKMainWindow::buildSidePanelDock() {

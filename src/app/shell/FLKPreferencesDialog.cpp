@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "app/shell/FLKApplicationSetup.h"
 #include "core/platform/FLKPerformanceSettings.h"
 #include "core/platform/FLKUserDefaultsKeys.h"
 
@@ -23,8 +24,8 @@ constexpr Level kLevels[] = {
     {3, "3 - Best quality", "Smoothest edges (4x multisampling); the preview is drawn at the window's resolution."},
     {2, "2 - Balanced", "Lighter edge smoothing (2x) and quicker video drawing, at the window's resolution."},
     {1, "1 - Fastest",
-     "No edge smoothing, quicker video drawing, and the preview drawn at a fixed resolution and scaled: for slow "
-     "graphics."},
+     "One sample a pixel with edges smoothed by how much of each pixel they cover, quicker video drawing, and the "
+     "preview drawn at no more than 1280 x 720 pixels and scaled: for slow graphics."},
 };
 }  // namespace
 
@@ -52,6 +53,15 @@ FLKPreferencesDialog::FLKPreferencesDialog(FLKPerformanceSettings& performance, 
                             performanceGroup);
     note->setWordWrap(true);
     levelsLayout->addWidget(note);
+    if (FLKApplicationSetup::drawsInSoftware()) {
+        auto* software = new QLabel(QString("This computer draws with software OpenGL, so the preview started at "
+                                            "level %1.")
+                                        .arg(FLKApplicationSetup::kSoftwarePerformanceLevel),
+                                    performanceGroup);
+        software->setObjectName("softwareRenderingNote");
+        software->setWordWrap(true);
+        levelsLayout->addWidget(software);
+    }
     connect(levels_, &QButtonGroup::idClicked, this,
             [this](int level) { performance_.setPerformanceLevel(static_cast<unsigned>(level)); });
     layout->addWidget(performanceGroup);

@@ -72,7 +72,7 @@ void FLKRenderLoopController::exportDidFinish() {
 }
 
 void FLKRenderLoopController::performanceSettingsDidUpdate() {
-    sceneView_->setPreviewRate(FLKPerformanceSettings::globalSettings().fps());
+    sceneView_->applyPerformanceSettings(FLKPerformanceSettings::globalSettings());
 }
 
 void FLKRenderLoopController::apply() {

@@ -83,6 +83,12 @@ void FLKTimelinePanel::refresh() {
     if (refreshTimer_.interval() != period) refreshTimer_.setInterval(period);
 }
 
+void FLKTimelinePanel::refreshWithFrame() {
+    if (!isVisible() || !viewModel_) return;
+    refresh();
+    if (refreshTimer_.interval() == kFollowingPeriod) refreshTimer_.start(2 * kFollowingPeriod);
+}
+
 void FLKTimelinePanel::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     followTimeline();

@@ -36,6 +36,11 @@ public:
     // Whether the frame at the play head can be drawn: decoded, or nothing to decode.
     bool showsFrameAtPlayHead() const;
 
+    // Refreshes now, with the canvas's frame: repainted in the same pass of
+    // the window rather than presenting it once more. The panel's own timer
+    // then waits two periods, standing in only when such frames stop coming.
+    void refreshWithFrame();
+
 signals:
     // Clips were edited: the picture under the play head may have changed.
     void frameChanged();

@@ -35,12 +35,14 @@ bool FLKAssetImageGenerator::ensureDecoder(FLKError* error) {
         return false;
     }
     std::string reason;
-    decoder_ = FLKVideoDecoder::open(asset_->path(), &reason);
+    decoder_ = FLKVideoDecoder::open(asset_->path(), &reason,
+                                     draft_ ? FLKVideoDecoder::Threading::Single : FLKVideoDecoder::Threading::Frames);
     if (!decoder_) {
         flk::setError(error, flk::media::makeError(flk::media::kErrorNoVideoTrack,
                                                    "The picture could not be made.", reason));
         return false;
     }
+    if (draft_) decoder_->setDraft();
     scaler_ = std::make_unique<FLKFrameScaler>(1, 1, AV_PIX_FMT_RGBA, SWS_BILINEAR);
     scaler_->setOrientation(decoder_->orientation());
     return true;
@@ -62,7 +64,7 @@ std::optional<FLKImage> FLKAssetImageGenerator::copyImageAtTime(double time, dou
         return std::nullopt;
     };
     double shownTime = 0;
-    AVFrame* frame = decoder_->seekTo(time) ? decoder_->nextFrame(&shownTime) : nullptr;
+    AVFrame* frame = decoder_->advanceTo(time) ? decoder_->nextFrame(&shownTime) : nullptr;
     if (!frame) {
         if (decoder_->failed()) return failure(decoder_->failureReason());
         char seconds[32];

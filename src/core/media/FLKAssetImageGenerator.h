@@ -29,7 +29,13 @@ public:
 
     FLKSize maximumSize() const { return maximumSize_; }
     void setMaximumSize(FLKSize size) { maximumSize_ = size; }
+    // Before the first picture: pictures for thumbnails, decoded on one
+    // thread and roughly (FLKVideoDecoder::setDraft), so the frame may be one
+    // or two before the one shown at the requested time.
+    bool isDraft() const { return draft_; }
+    void setDraft(bool draft) { draft_ = draft; }
 
+    // Pictures asked for in time order decode only the frames between them.
     std::optional<FLKImage> copyImageAtTime(double time, double* actualTime = nullptr, FLKError* error = nullptr);
     // One handler call per time, in the order given, on the calling thread.
     void generateImagesForTimes(const std::vector<double>& times, const Handler& handler);
@@ -42,6 +48,7 @@ private:
 
     std::shared_ptr<FLKAsset> asset_;
     FLKSize maximumSize_;
+    bool draft_ = false;
     std::unique_ptr<FLKVideoDecoder> decoder_;
     std::unique_ptr<FLKFrameScaler> scaler_;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 constexpr double kTimeEpsilon = 1e-6;
@@ -71,9 +72,26 @@ double FLKVideoDecoder::timeOf(const AVFrame* frame) const {
     return flk::media::secondsOf(timestamp, stream_->time_base, stream_->start_time);
 }
 
+int64_t FLKVideoDecoder::timestampOf(double seconds) const {
+    int64_t timestamp = static_cast<int64_t>(std::floor(seconds / av_q2d(stream_->time_base)));
+    if (stream_->start_time != AV_NOPTS_VALUE) timestamp += stream_->start_time;
+    return timestamp;
+}
+
+double FLKVideoDecoder::keyFrameTimeAtOrBefore(double seconds) const {
+    const int index = av_index_search_timestamp(stream_, timestampOf(seconds), AVSEEK_FLAG_BACKWARD);
+    const AVIndexEntry* entry = index >= 0 ? avformat_index_get_entry(stream_, index) : nullptr;
+    if (!entry) return std::numeric_limits<double>::infinity();
+    return flk::media::secondsOf(entry->timestamp, stream_->time_base, stream_->start_time);
+}
+
+void FLKVideoDecoder::setDraft() {
+    codec_->skip_loop_filter = AVDISCARD_ALL;
+    codec_->skip_frame = AVDISCARD_NONREF;
+}
+
 bool FLKVideoDecoder::seekStream(double seconds) {
-    int64_t target = static_cast<int64_t>(std::floor(seconds / av_q2d(stream_->time_base)));
-    if (stream_->start_time != AV_NOPTS_VALUE) target += stream_->start_time;
+    const int64_t target = timestampOf(seconds);
     int status = av_seek_frame(input_.get(), stream_->index, target, AVSEEK_FLAG_BACKWARD);
     if (status < 0) status = av_seek_frame(input_.get(), stream_->index, target, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
     avcodec_flush_buffers(codec_.get());
@@ -105,6 +123,27 @@ bool FLKVideoDecoder::seekTo(double seconds) {
             return true;
         }
     }
+}
+
+bool FLKVideoDecoder::advanceTo(double seconds) {
+    if (!lastTime_ || failed() || seconds <= *lastTime_ + kTimeEpsilon ||
+        keyFrameTimeAtOrBefore(seconds) > *lastTime_ + kTimeEpsilon) {
+        return seekTo(seconds);
+    }
+    if (hasHeld_) {
+        // A frame read ahead, the one after the last given out: when it starts
+        // after `seconds` the answer is the frame already given out.
+        if (heldTime_ > seconds + kTimeEpsilon) return seekTo(seconds);
+    } else {
+        // The frame given out last answers unless a later one starts by then.
+        av_frame_unref(held_.get());
+        av_frame_move_ref(held_.get(), decoded_.get());
+        heldTime_ = *lastTime_;
+        hasHeld_ = true;
+    }
+    skipBefore_ = seconds;
+    lastTime_.reset();
+    return true;
 }
 
 bool FLKVideoDecoder::sendNextPacket() {

@@ -21,6 +21,14 @@ public:
     // Positions decoding so that the frame shown at `seconds` comes out first
     // from nextFrameAt(); earlier frames are skipped.
     bool seekTo(double seconds);
+    // The same, but decoding on from the last frame given out when no key
+    // frame lies between it and `seconds`: pictures asked for in time order
+    // cost the frames between them, not a seek back to a key frame each.
+    bool advanceTo(double seconds);
+    // Before the first frame: pictures for previews, cheaper and rougher.
+    // Deblocking is skipped and frames no other frame refers to are not
+    // decoded, so the frame shown at a time may be one or two before it.
+    void setDraft();
     // The next decoded frame at or after the sought position, owned by the
     // decoder until the next call; null at the end of the stream or on a
     // failure (then failed() is true). Times strictly increase between seeks.
@@ -42,6 +50,10 @@ private:
     AVFrame* nextFrameAfterSeek(double* seconds);
     bool sendNextPacket();
     double timeOf(const AVFrame* frame) const;
+    // Of the nearest key frame in the file's index at or before `seconds`;
+    // +infinity when the index does not say.
+    double keyFrameTimeAtOrBefore(double seconds) const;
+    int64_t timestampOf(double seconds) const;
 
     std::string path_;
     flk::media::InputContext input_;

@@ -2,10 +2,11 @@
 
 #include <epoxy/gl.h>
 
-std::unique_ptr<FLKMultisampleTarget> FLKMultisampleTarget::make(int width, int height) {
-    std::unique_ptr<FLKMultisampleTarget> target(new FLKMultisampleTarget(width, height));
+std::unique_ptr<FLKMultisampleTarget> FLKMultisampleTarget::make(int width, int height, int sampleCount) {
+    std::unique_ptr<FLKMultisampleTarget> target(new FLKMultisampleTarget(width, height, sampleCount));
     glCreateRenderbuffers(1, &target->renderbuffer_);
-    glNamedRenderbufferStorageMultisample(target->renderbuffer_, kSampleCount, GL_RGBA8, width, height);
+    // Asked for one sample, a driver may give its smallest multisampled count.
+    glNamedRenderbufferStorageMultisample(target->renderbuffer_, sampleCount > 1 ? sampleCount : 0, GL_RGBA8, width, height);
     glCreateFramebuffers(1, &target->framebuffer_);
     glNamedFramebufferRenderbuffer(target->framebuffer_, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, target->renderbuffer_);
     glCreateFramebuffers(1, &target->resolveFramebuffer_);

@@ -60,11 +60,14 @@ bool FLKRenderer::multisampleTextureFitsFramebufferTexture(const FLKGPUTexture& 
 }
 
 bool FLKRenderer::prepareMultisampleTexture(FLKGPUTexture& framebufferTexture) {
-    if (clearRequested_.exchange(false) || !multisampleTextureFitsFramebufferTexture(framebufferTexture)) {
+    const int samples = multisampleCount();
+    if (clearRequested_.exchange(false) || !multisampleTextureFitsFramebufferTexture(framebufferTexture) ||
+        multisampleTexture_->sampleCount() != samples) {
         multisampleTexture_.reset();
     }
     if (!multisampleTexture_) {
-        multisampleTexture_ = FLKMultisampleTarget::make(framebufferTexture.width(), framebufferTexture.height());
+        multisampleTexture_ =
+            FLKMultisampleTarget::make(framebufferTexture.width(), framebufferTexture.height(), samples);
     }
     return multisampleTexture_ != nullptr;
 }

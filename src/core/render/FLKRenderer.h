@@ -59,6 +59,9 @@ public:
     void setTexturedGeometry(TexturedGeometry geometry) { texturedGeometry_.store(geometry); }
     Antialiasing antialiasing() const { return antialiasing_.load(); }
     void setAntialiasing(Antialiasing antialiasing) { antialiasing_.store(antialiasing); }
+    // Samples a pixel of multisampled frames (4 by default; 1 draws them unsmoothed).
+    int multisampleCount() const { return multisampleCount_.load(); }
+    void setMultisampleCount(int count) { multisampleCount_.store(count); }
     // How the last frame was drawn. Render thread only.
     bool lastFrameUsedAnalyticCoverage() const { return lastFrameAnalytic_; }
 
@@ -119,6 +122,7 @@ private:
     std::shared_ptr<FLKScene> scene_;                  // guarded by mutex_
     std::atomic<TexturedGeometry> texturedGeometry_{TexturedGeometry::projectiveQuads};
     std::atomic<Antialiasing> antialiasing_{Antialiasing::analyticCoverage};
+    std::atomic<int> multisampleCount_{FLKMultisampleTarget::kSampleCount};
     std::atomic<bool> clearRequested_{false};
 
     // Render thread only.

@@ -72,6 +72,7 @@ void FLKVideoClipStaticFramesGrabber::generateImages(const std::vector<double>& 
         // decoder exists, so its own threads start at this priority too.
         setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kThumbnailNiceness);
         imageGenerator_ = std::make_unique<FLKAssetImageGenerator>(videoClip_->asset());
+        imageGenerator_->setDraft(true);
     }
     imageGenerator_->setMaximumSize(maximumSize);
     auto deliver = [this, &frameHandler](double, const FLKImage* image, double actualTime, const FLKError*) {

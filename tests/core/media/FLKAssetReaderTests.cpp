@@ -273,3 +273,33 @@ TEST(FLKAssetImageGenerator, TurnedRecordingsGiveUprightPictures) {
 }
 
 }  // namespace
+
+// Pictures asked for in time order decode on from the last one instead of
+// seeking: they must be the frames a seek for each time alone gives, across
+// still stretches and after going back. Draft pictures may be a frame or two early.
+TEST(FLKAssetImageGenerator, PicturesInTimeOrderAreThoseSoughtOneByOne) {
+    const FLKSyntheticVideo::Options options = flk::test::recordingWithStillScreens();
+    auto asset = FLKAsset::assetWithPath(syntheticVideo("generator-still.mp4", options));
+    const std::vector<double> frameTimes = FLKSyntheticVideo::frameTimesOf(options);
+    FLKAssetImageGenerator inOrder(asset);
+    FLKAssetImageGenerator draft(asset);
+    draft.setDraft(true);
+    for (FLKAssetImageGenerator* generator : {&inOrder, &draft}) generator->setMaximumSize({160, 160});
+    for (double time : {0.21, 0.22, 0.26, 0.51, 1.2, 1.6, 3.0, 4.01, 4.02, 4.31, 0.31, 1.54}) {
+        FLKAssetImageGenerator alone(asset);
+        alone.setMaximumSize({160, 160});
+        double soughtTime = -1, inOrderTime = -1, draftTime = -1;
+        auto sought = alone.copyImageAtTime(time, &soughtTime);
+        auto picture = inOrder.copyImageAtTime(time, &inOrderTime);
+        auto rough = draft.copyImageAtTime(time, &draftTime);
+        ASSERT_TRUE(sought && picture && rough) << time;
+        const uint32_t shown = flk::test::frameShownAt(frameTimes, time);
+        EXPECT_EQ(numberInImage(*sought), shown) << time;
+        EXPECT_EQ(numberInImage(*picture), shown) << time;
+        EXPECT_DOUBLE_EQ(inOrderTime, soughtTime) << time;
+        const auto roughNumber = numberInImage(*rough);
+        ASSERT_TRUE(roughNumber.has_value()) << time;
+        EXPECT_LE(*roughNumber, shown) << time;
+        EXPECT_GE(*roughNumber + 2, shown) << time;
+    }
+}

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <set>
 
 #include "FLKRenderTestSupport.h"
 #include "core/render/FLKCoverageQuad.h"
@@ -358,3 +359,29 @@ TEST_F(FLKAnalyticCoverageTest, CoverageCountsTheRasterisersOwnSamplePositions) 
     glDeleteRenderbuffers(1, &renderbuffer);
 }
 }  // namespace
+
+TEST_F(FLKAnalyticCoverageTest, MultisampledFramesTakeTheSampleCountAsked) {
+    // An opaque quad at a slant on nothing: along its edges a pixel can only
+    // be as opaque as the share of its samples inside, in steps of 1 / count.
+    auto scene = sceneWithCameraFrame({0, 0, kWidth, kHeight});
+    auto quad = solidSprite({0, 0, 1, 1}, {1, 1, 1, 1});
+    quad->setShape(std::make_shared<FLKPlane>(FLKPoint{90.3, 20.7}, FLKPoint{160.2, 90.1}, FLKPoint{20.9, 90.4},
+                                              FLKPoint{90.6, 160.8}, 1));
+    scene->addChild(quad);
+    // (Mesa's rasteriser gives 4 samples when asked for 2.)
+    for (int count : {1, 4}) {
+        renderer->setMultisampleCount(count);
+        FLKImage frame = render(scene, Antialiasing::multisample);
+        ASSERT_NE(renderer->multisampleTexture(), nullptr);
+        EXPECT_EQ(renderer->multisampleTexture()->sampleCount(), count);
+        std::set<int> steps;
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x) steps.insert((frame.pixel(x, y)[3] * count + 127) / 255);
+        EXPECT_EQ(steps.size(), static_cast<size_t>(count + 1)) << count;
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x) {
+                const int value = frame.pixel(x, y)[3];
+                ASSERT_LE(std::abs(value * count - (value * count + 127) / 255 * 255), count * 2) << count;
+            }
+    }
+}
