@@ -6,6 +6,8 @@
 #   FLK_STANDIN_STATE   a folder: "runs" counts screenrecord runs; a file
 #                       "unplugged" there makes the phone disappear
 #   FLK_STANDIN_DEVICES the phones' lines (default: one ready phone)
+# track-devices then passes on what is appended to "track-updates" there:
+# blocks as adb sends them ("0000" when the last phone went).
 state=${FLK_STANDIN_STATE:-/tmp}
 devices() {
   if [ -e "$state/unplugged" ]; then return; fi
@@ -23,7 +25,8 @@ case "$1" in
 "
     printf '%04x%s' "$(printf '%s' "$list" | wc -c)" "$list"
     # adb keeps the connection open until the client goes.
-    exec tail -f /dev/null
+    : >> "$state/track-updates"
+    exec tail -n 0 -f "$state/track-updates"
     ;;
   -s)
     serial=$2
