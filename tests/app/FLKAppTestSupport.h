@@ -110,6 +110,9 @@ int runTests(int argc, char** argv) {
     QTemporaryDir home;
     ::setenv("FLICKWELL_HOME", qPrintable(home.path()), 1);
     ::setenv("FLICKWELL_RESOURCES", FLK_TEST_RESOURCES, 0);
+    // The record page looks for phones: never the machine's own adb (its server
+    // would outlive the test) unless a test brings a stand-in.
+    ::setenv("FLICKWELL_ADB", "/nonexistent/adb", 0);
     FLKApplicationSetup::prepareEnvironment();
     QApplication application(argc, argv);
     QApplication::setStyle("Fusion");

@@ -39,3 +39,7 @@ flk_add_app_test(test_app_side_panel FLKSidePanelTests.cpp)
 # The export page and Preferences; reads the exports back with ffprobe.
 flk_add_app_test(test_app_export FLKExportPageTests.cpp)
 set_tests_properties(test_app_export PROPERTIES TIMEOUT 900)
+# The record page with a stand-in adb phone: live picture, a kept recording, an unplug.
+flk_add_app_test(test_app_record FLKRecordPageTests.cpp)
+target_compile_definitions(test_app_record PRIVATE
+  FLK_ADB_STANDIN="${CMAKE_SOURCE_DIR}/tests/core/capture/adb-standin.sh")

@@ -6,6 +6,7 @@
 #include <array>
 #include <string_view>
 
+#include "app/bridge/FLKCurrentSceneModifier.h"
 #include "app/shell/FLKDocumentController.h"
 #include "core/media/FLKAsset.h"
 #include "core/model/FLKFile.h"
@@ -46,12 +47,7 @@ size_t clipCount(const FLKTimeline& timeline) {
     return count;
 }
 
-// The current scene's modifier, its new clips going to the current timeline.
-FLKSceneModifier currentModifier() {
-    auto& loader = FLKSceneLoader::defaultSceneLoader();
-    return FLKSceneModifier(loader.currentScene(),
-                            FLKTimelineClipFactory::clipFactoryWithTimeline(loader.currentTimeline()), nullptr);
-}
+FLKSceneModifier currentModifier() { return FLKCurrentSceneModifier::modifierOfLoadedScene(); }
 }  // namespace
 
 FLKFileHandler::FLKFileHandler(FLKDocumentController& documents, DidAdd didAdd)

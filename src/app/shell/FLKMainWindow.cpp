@@ -16,6 +16,7 @@
 #include "app/sidepanel/FLKExportPage.h"
 #include "app/sidepanel/FLKSidePanel.h"
 #include "app/sidepanel/FLKMasksPage.h"
+#include "app/sidepanel/FLKRecordPage.h"
 #include "app/sidepanel/FLKTemplatesPage.h"
 #include "app/shell/FLKCanvasDropTarget.h"
 #include "app/shell/FLKDocumentController.h"
@@ -112,6 +113,9 @@ void FLKMainWindow::buildSidePanelDock() {
     sidePanel_->setMinimumWidth(300);
     sidePanelDock_->setWidget(sidePanel_);
     addDockWidget(Qt::RightDockWidgetArea, sidePanelDock_);
+    // Recording comes first: it is where a video starts.
+    recordPage_ = new FLKRecordPage(*this);
+    addSidePanelPage("Record", recordPage_);
     addSidePanelPage("Templates", new FLKTemplatesPage(*this));
     addSidePanelPage("Background", new FLKBackgroundPage(*this));
     addSidePanelPage("Masks", new FLKMasksPage(*this));

@@ -17,6 +17,7 @@ class FLKMainQueue;
 class FLKRenderLoopController;
 class FLKDocumentController;
 class FLKExportPage;
+class FLKRecordPage;
 class FLKFileHandler;
 class FLKMainMenu;
 class FLKSceneView;
@@ -57,6 +58,7 @@ public:
     FLKFileHandler& fileHandler() const { return *fileHandler_; }
     FLKMainMenu* mainMenu() const { return mainMenu_; }
     FLKExportPage* exportPage() const { return exportPage_; }
+    FLKRecordPage* recordPage() const { return recordPage_; }
 
     // Loads the first template unless a scene is loaded already, then shows it.
     void showScene();
@@ -97,6 +99,7 @@ private:
     FLKRenderLoopController* renderLoop_ = nullptr;
     FLKTimelinePanel* timelinePanel_ = nullptr;
     FLKExportPage* exportPage_ = nullptr;
+    FLKRecordPage* recordPage_ = nullptr;
     QDockWidget* timelineDock_ = nullptr;
     FLKSidePanel* sidePanel_ = nullptr;
     QDockWidget* sidePanelDock_ = nullptr;

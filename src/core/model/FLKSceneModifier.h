@@ -12,9 +12,6 @@
 // Changes a scene on the editor's behalf; keeps the scene alive for as long
 // as the editor holds it. The clip factory and the widget presenter may be
 // null: their steps are then skipped. Main thread only.
-//
-// Live capture sprites are not offered yet: the capture devices they come
-// from do not exist in this build.
 class FLKSceneModifier : public FLKSceneModifying {
 public:
     FLKSceneModifier(std::shared_ptr<FLKScene> scene, std::shared_ptr<FLKSceneModifierClipFactory> timelineClipFactory,

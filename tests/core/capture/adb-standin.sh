@@ -8,6 +8,8 @@
 #   FLK_STANDIN_DEVICES the phones' lines (default: one ready phone)
 #   FLK_STANDIN_HOLD    when set, the file goes out at once and screenrecord
 #                       then stays open, as on a phone whose screen is still
+# track-devices then passes on what is appended to "track-updates" there:
+# blocks as adb sends them ("0000" when the last phone went).
 state=${FLK_STANDIN_STATE:-/tmp}
 devices() {
   if [ -e "$state/unplugged" ]; then return; fi
@@ -25,7 +27,8 @@ case "$1" in
 "
     printf '%04x%s' "$(printf '%s' "$list" | wc -c)" "$list"
     # adb keeps the connection open until the client goes.
-    exec tail -f /dev/null
+    : >> "$state/track-updates"
+    exec tail -n 0 -f "$state/track-updates"
     ;;
   -s)
     serial=$2
