@@ -17,7 +17,9 @@ std::vector<std::shared_ptr<FLKDevice>> FLKAdbDeviceProvider::devices() {
         std::lock_guard lock(mutex_);
         entries = tracked_;
     }
-    if (!entries) entries = flk::adb::listDevices();
+    // While watching, the watcher lists; running adb here could hold the
+    // caller (the UI thread) for seconds while adb starts its server.
+    if (!entries && !watcher_.isRunning()) entries = flk::adb::listDevices();
     std::vector<std::shared_ptr<FLKDevice>> devices;
     if (entries) {
         for (const auto& entry : *entries) devices.push_back(std::make_shared<FLKMobileDevice>(entry));
@@ -58,12 +60,13 @@ void FLKAdbDeviceProvider::track(FLKWatcherThread& thread, const std::function<v
             }
             process.terminate();
         }
-        {
-            // Without a running tracker the list is asked for afresh.
-            std::lock_guard lock(mutex_);
-            tracked_.reset();
-        }
         if (thread.stopping()) break;
+        // Without a running tracker the list is asked for afresh at each retry.
+        auto listed = adb.empty() ? std::nullopt : flk::adb::listDevices();
+        {
+            std::lock_guard lock(mutex_);
+            tracked_ = std::move(listed);
+        }
         changed();
         thread.wait(-1, kRetryMilliseconds);
     }

@@ -78,7 +78,11 @@ TEST_F(AdbCaptureTest, TrackingHearsThePhoneListWithoutAskingAgain) {
         ++changes;
         queue->post([] {});
     });
+    // Before the tracker's first list the caller gets none rather than waiting on adb.
+    (void)provider.devices();
     ASSERT_TRUE(queue->runUntil([&] { return changes > 0; }, kGiveUp));
+    std::ifstream calls(folder / "calls");
+    for (std::string call; std::getline(calls, call);) EXPECT_EQ(call, "track-devices");
     // The tracked list is what devices() answers now, even once adb is gone.
     ::setenv("FLICKWELL_ADB", (folder / "no-such-adb").c_str(), 1);
     auto devices = provider.devices();

@@ -9,8 +9,10 @@
 #   FLK_STANDIN_HOLD    when set, the file goes out at once and screenrecord
 #                       then stays open, as on a phone whose screen is still
 # track-devices then passes on what is appended to "track-updates" there:
-# blocks as adb sends them ("0000" when the last phone went).
+# blocks as adb sends them ("0000" when the last phone went). Each command's
+# first word is appended to "calls" there.
 state=${FLK_STANDIN_STATE:-/tmp}
+echo "$1" >> "$state/calls"
 devices() {
   if [ -e "$state/unplugged" ]; then return; fi
   printf '%s\n' "${FLK_STANDIN_DEVICES:-STANDIN01              device product:standin model:Standin_Phone device:standin transport_id:1}"
