@@ -8,6 +8,7 @@
 
 #include "core/media/FLKAudioMuxer.h"
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKStageTimes.h"
 
 namespace fs = std::filesystem;
 
@@ -138,6 +139,7 @@ void FLKVideoRecorder::didFailRenderingOffScreen(FLKRenderer&, const FLKError& e
 bool FLKVideoRecorder::writeSound(FLKError* error) {
     // Without a sound of its own the video gets a silent track of its length.
     const auto audioURL = exportOptions_->audioURL();
+    FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
     return FLKAudioMuxer::muxVideo(tempDestinationURL_.string(), audioURL ? audioURL->string() : std::string(),
                                    destinationURL().string(), error);
 }

@@ -6,6 +6,7 @@
 
 #include "core/media/FLKMediaSupport.h"
 #include "core/media/FLKVideoEncoderSession.h"
+#include "core/platform/FLKStageTimes.h"
 
 namespace {
 FLKError encoderError(const std::string& path, const std::string& reason) {
@@ -61,9 +62,13 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t
         return true;
     }
     std::unique_lock lock(queueMutex_);
-    queueChanged_.wait(lock, [&] {
-        return queue_.size() < std::max<size_t>(1, options_.queueCapacity) || !workerError_.localizedDescription.empty();
-    });
+    {
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::output);
+        queueChanged_.wait(lock, [&] {
+            return queue_.size() < std::max<size_t>(1, options_.queueCapacity) ||
+                   !workerError_.localizedDescription.empty();
+        });
+    }
     if (!workerError_.localizedDescription.empty()) {
         flk::setError(error, workerError_);
         return false;
@@ -101,6 +106,7 @@ void FLKVideoEncoder::workerLoop() {
         QueuedFrame frame;
         {
             std::unique_lock lock(queueMutex_);
+            FLKStageTimes::WaitScope waiting(FLKStageTimes::kConvert, FLKStageTimes::WaitScope::On::input);
             queueChanged_.wait(lock, [&] { return !queue_.empty() || stopRequested_; });
             if (queue_.empty()) return;  // stop requested and nothing left
             frame = std::move(queue_.front());

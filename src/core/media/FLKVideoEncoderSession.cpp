@@ -1,5 +1,7 @@
 #include "core/media/FLKVideoEncoderSession.h"
 
+#include "core/platform/FLKStageTimes.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
@@ -62,7 +64,9 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     av_opt_set(context->priv_data, "preset", options.preset.c_str(), 0);
     if (options.crf > 0) av_opt_set_double(context->priv_data, "crf", options.crf, 0);
     if (options.lookaheadFrames >= 0) av_opt_set_int(context->priv_data, "rc-lookahead", options.lookaheadFrames, 0);
+    encoderThreads_.begin();
     int status = avcodec_open2(context, codec, nullptr);
+    encoderThreads_.end();
     if (status < 0) {
         *reason = "Cannot open the H.264 encoder for \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
         return false;
@@ -104,7 +108,10 @@ bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, 
     }
     const uint8_t* source[1] = {frame.bgra.data()};
     const int sourceStride[1] = {frame.stride};
-    sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
+    {
+        FLKStageTimes::CpuScope converting(FLKStageTimes::kConvert);
+        sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
+    }
     yuv_->pts = ticks;
     durations_[ticks] = durationTicks;
     yuv_->color_primaries = AVCOL_PRI_BT709;
@@ -115,6 +122,7 @@ bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, 
 }
 
 bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
+    FLKStageTimes::CpuScope encoding(FLKStageTimes::kEncode);
     int status = avcodec_send_frame(codec_.get(), frame);
     if (status < 0) {
         *reason = "Cannot encode \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
@@ -129,6 +137,7 @@ bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
         }
         av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
         packet_->stream_index = stream_->index;
+        FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
         status = av_interleaved_write_frame(output_.get(), packet_.get());
         if (status < 0) {
             *reason = "Cannot write \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
@@ -144,6 +153,9 @@ bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
 
 bool FLKVideoEncoderSession::finish(std::string* reason) {
     if (!send(nullptr, reason)) return false;
+    // Read while the encoder's own threads are still there to be read.
+    FLKStageTimes::shared().addCpu(FLKStageTimes::kEncode, encoderThreads_.cpuNs());
+    FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
     int status = av_write_trailer(output_.get());
     if (status < 0) {
         *reason = "Cannot complete \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";

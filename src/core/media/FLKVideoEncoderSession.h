@@ -5,6 +5,7 @@
 
 #include "core/media/FLKMediaSupport.h"
 #include "core/media/FLKVideoEncoder.h"
+#include "core/platform/FLKStageTimes.h"
 
 struct SwsContext;
 
@@ -35,5 +36,6 @@ private:
     flk::media::Packet packet_;
     AVStream* stream_ = nullptr;
     SwsContext* converter_ = nullptr;
+    FLKStageTimes::HelperThreads encoderThreads_;  // the encoder's frame and lookahead threads
     std::map<int64_t, int64_t> durations_;  // of the frames sent and not yet written, by time
 };

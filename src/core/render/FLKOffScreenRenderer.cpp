@@ -1,6 +1,5 @@
 #include "core/render/FLKOffScreenRenderer.h"
 
-#include <chrono>
 #include <cmath>
 #include <string>
 
@@ -55,6 +54,18 @@ FLKOffScreenRenderer::~FLKOffScreenRenderer() {
 
 void FLKOffScreenRenderer::setTimeSource(std::shared_ptr<FLKTimeUpdatable> source) {
     timeSource_ = std::move(source);
+    std::lock_guard lock(finishedMutex_);
+    progressSignal_ = timeSource_ ? timeSource_->progressSignal() : nullptr;
+}
+
+void FLKOffScreenRenderer::cancel() {
+    cancelled_.store(true);
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(finishedMutex_);
+        signal = progressSignal_;
+    }
+    if (signal) signal->notify();
 }
 
 void FLKOffScreenRenderer::renderAllFrames() {
@@ -73,7 +84,8 @@ std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWit
     if (!renderer) return nullptr;
     renderer->timeline_ = timeline.copyWithTimer(renderer->clock_);
     renderer->timeline_->setName("Offscreen Master");
-    renderer->timeSource_ = renderer->timeline_;
+    renderer->timeline_->setPlaysThrough();
+    renderer->setTimeSource(renderer->timeline_);
     return renderer;
 }
 
@@ -109,17 +121,39 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
     }
     std::optional<FLKError> failure;
     readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(finishedMutex_);
+        signal = progressSignal_;
+    }
+    // Mesa's rasteriser draws on threads of its own, named after it.
+    FLKStageTimes::HelperThreads rasterThreads;
+    rasterThreads.beginNamed("llvmpipe");
     while (!cancelled_.load() && !clock_->isFinished() && clock_->currentFrame() < numFrames_) {
-        if (!clock_->tick()) {
-            // The time source is not ready (media still loading): ask again shortly.
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        } else if (!render()) {
-            failure = renderError(kFrameNotDrawn, "Frame " + std::to_string(clock_->currentFrame()) + " of " +
-                                                      std::to_string(numFrames_) + " could not be drawn.");
-            break;
+        // Read before asking: a frame that arrives after the refusal is not missed.
+        const std::uint64_t seen = signal ? signal->count() : 0;
+        bool ticked = false;
+        {
+            FLKStageTimes::CpuScope rendering(FLKStageTimes::kRender);
+            ticked = clock_->tick();
+            if (ticked && !render()) {
+                failure = renderError(kFrameNotDrawn, "Frame " + std::to_string(clock_->currentFrame()) + " of " +
+                                                          std::to_string(numFrames_) + " could not be drawn.");
+                break;
+            }
+        }
+        if (ticked) continue;
+        // The time source is not ready (media still loading): wait until its decoders make progress.
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kRender, FLKStageTimes::WaitScope::On::input);
+        if (signal) {
+            signal->waitPast(seen);
+        } else {
+            std::this_thread::yield();
         }
     }
+    FLKStageTimes::shared().addCpu(FLKStageTimes::kRender, rasterThreads.cpuNs());
     // After a failure the frames still queued would only extend an incomplete run.
+    FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
     readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
         if (!failure) deliver(buffer);
     });
@@ -129,6 +163,7 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
 }
 
 void FLKOffScreenRenderer::finishRenderingOnCommandBuffer(FLKGPUTexture& texture) {
+    FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
     readBack_->readTexture(texture.name(), texture.width(), texture.height(),
                            [this](const FLKPixelBuffer& buffer) { deliver(buffer); });
 }

@@ -8,6 +8,8 @@
 #include <thread>
 
 #include "core/platform/FLKFrameByFrameClock.h"
+#include "core/platform/FLKProgressSignal.h"
+#include "core/platform/FLKStageTimes.h"
 #include "core/platform/FLKRect.h"
 #include "core/platform/FLKTimeUpdatable.h"
 #include "core/render/FLKPixelReadBack.h"
@@ -68,7 +70,7 @@ public:
     // Starts the run on the render thread and returns at once.
     void renderAllFrames();
     // Asks a running loop to stop after the current frame.
-    void cancel() { cancelled_.store(true); }
+    void cancel();
     // Blocks until the output was told the run finished. Not from the render thread.
     void waitUntilFinished();
     // Why the run ended early, once it has finished.
@@ -115,4 +117,6 @@ private:
     std::condition_variable finishedCondition_;
     bool finished_ = false;            // guarded by finishedMutex_
     std::optional<FLKError> failure_;  // guarded by finishedMutex_
+    // What the render thread waits on while the time source refuses a time; a cancel notifies it too.
+    std::shared_ptr<FLKProgressSignal> progressSignal_;  // guarded by finishedMutex_
 };
