@@ -92,6 +92,14 @@ bool FLKVideoRecorder::record(FLKError* error) {
 }
 
 void FLKVideoRecorder::appendPixelBuffer(const FLKPixelBuffer& pixelBuffer) {
+    appendFrame([&](FLKError* error) { return encoder_->append(pixelBuffer, error); });
+}
+
+void FLKVideoRecorder::appendLentPixels(FLKLentPixels pixels) {
+    appendFrame([&](FLKError* error) { return encoder_->append(std::move(pixels), error); });
+}
+
+void FLKVideoRecorder::appendFrame(const std::function<bool(FLKError*)>& append) {
     if (!isRecording_.load()) return;
     if (!didSkipFirstFrame_.load()) {
         didSkipFirstFrame_.store(true);
@@ -100,7 +108,7 @@ void FLKVideoRecorder::appendPixelBuffer(const FLKPixelBuffer& pixelBuffer) {
     // A file that failed once takes no more frames; finish() reports it.
     if (writeError_) return;
     FLKError error;
-    if (!encoder_->append(pixelBuffer, &error)) {
+    if (!append(&error)) {
         flk::log("Writing frame %llu of \"%s\" failed: %s", static_cast<unsigned long long>(currentFrame_.load()),
                  tempDestinationURL_.c_str(), error.fullMessage().c_str());
         writeError_ = error;

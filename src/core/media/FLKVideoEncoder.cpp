@@ -50,29 +50,15 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t
         flk::setError(error, encoderError(path_, "The writer is not open."));
         return false;
     }
-    if (ticks <= lastTicks_) {
-        flk::setError(error, encoderError(path_, "Frame times must increase (" + std::to_string(ticks) +
-                                                     " ticks after " + std::to_string(lastTicks_) + ")."));
-        return false;
-    }
-    lastTicks_ = ticks;
     if (!options_.threaded) {
+        std::unique_lock<std::mutex> unused;
+        if (!admit(ticks, error, unused)) return false;
         if (!encodeNow(frame, ticks, durationTicks, error)) return false;
         ++framesAppended_;
         return true;
     }
     std::unique_lock lock(queueMutex_);
-    {
-        FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::output);
-        queueChanged_.wait(lock, [&] {
-            return queue_.size() < std::max<size_t>(1, options_.queueCapacity) ||
-                   !workerError_.localizedDescription.empty();
-        });
-    }
-    if (!workerError_.localizedDescription.empty()) {
-        flk::setError(error, workerError_);
-        return false;
-    }
+    if (!admit(ticks, error, lock)) return false;
     // Frames are copied into storage the worker handed back: a frame-sized
     // allocation a frame would churn the allocator and hold memory it cannot return.
     QueuedFrame copy;
@@ -90,6 +76,62 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t
     ++framesAppended_;
     queueChanged_.notify_all();
     return true;
+}
+
+bool FLKVideoEncoder::admit(int64_t ticks, FLKError* error, std::unique_lock<std::mutex>& lock) {
+    if (ticks <= lastTicks_) {
+        flk::setError(error, encoderError(path_, "Frame times must increase (" + std::to_string(ticks) +
+                                                     " ticks after " + std::to_string(lastTicks_) + ")."));
+        return false;
+    }
+    lastTicks_ = ticks;
+    if (!lock.owns_lock()) return true;  // unthreaded: nothing to wait for
+    {
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::output);
+        queueChanged_.wait(lock, [&] {
+            return queue_.size() < std::max<size_t>(1, options_.queueCapacity) ||
+                   !workerError_.localizedDescription.empty();
+        });
+    }
+    if (!workerError_.localizedDescription.empty()) {
+        flk::setError(error, workerError_);
+        return false;
+    }
+    return true;
+}
+
+bool FLKVideoEncoder::append(FLKLentPixels frame, FLKError* error) {
+    if (!session_ || finished_) {
+        flk::setError(error, encoderError(path_, "The writer is not open."));
+        return false;
+    }
+    QueuedFrame queued;
+    queued.ticks = static_cast<int64_t>(framesAppended_) * ticksPerFrame(options_);
+    queued.lent = std::move(frame);
+    if (!options_.threaded) {
+        std::unique_lock<std::mutex> unused;
+        if (!admit(queued.ticks, error, unused) || !encodeNow(queued, error)) return false;
+        ++framesAppended_;
+        return true;
+    }
+    std::unique_lock lock(queueMutex_);
+    if (!admit(queued.ticks, error, lock)) return false;
+    queue_.push_back(std::move(queued));
+    ++framesAppended_;
+    queueChanged_.notify_all();
+    return true;
+}
+
+bool FLKVideoEncoder::encodeNow(const QueuedFrame& frame, FLKError* error) {
+    if (!frame.lent.bgra) return encodeNow(frame.pixels, frame.ticks, frame.durationTicks, error);
+    std::string reason;
+    const int64_t duration = frame.durationTicks > 0 ? frame.durationTicks : ticksPerFrame(options_);
+    if (session_->encode(frame.lent.bgra, frame.lent.width, frame.lent.height, frame.lent.stride, frame.ticks,
+                         duration, &reason)) {
+        return true;
+    }
+    flk::setError(error, encoderError(path_, reason));
+    return false;
 }
 
 bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
@@ -114,7 +156,9 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
         }
         FLKError error;
-        const bool encoded = encodeNow(frame.pixels, frame.ticks, frame.durationTicks, &error);
+        const bool encoded = encodeNow(frame, &error);
+        // A lent frame goes back to the renderer as soon as it is converted.
+        frame.lent = {};
         std::lock_guard lock(queueMutex_);
         if (!encoded) {
             workerError_ = error;
@@ -122,7 +166,7 @@ void FLKVideoEncoder::workerLoop() {
             queueChanged_.notify_all();
             return;
         }
-        spares_.push_back(std::move(frame.pixels));
+        if (!frame.pixels.bgra.empty()) spares_.push_back(std::move(frame.pixels));
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
+#include "core/platform/FLKLentPixels.h"
 #include "core/platform/FLKPixelBuffer.h"
 
 class FLKVideoEncoderSession;
@@ -57,6 +58,9 @@ public:
     // duration counts for the last frame only (the others last until the
     // next one); 0 is one frame at the nominal rate.
     bool append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks = 0, FLKError* error = nullptr);
+    // A frame lent where it was read back: threaded, it is queued as it is and
+    // its lease dropped once converted; otherwise it is encoded at once.
+    bool append(FLKLentPixels frame, FLKError* error = nullptr);
     // Flushes the encoder and completes the file.
     bool finish(FLKError* error = nullptr);
     // Stops and removes the partial file.
@@ -70,10 +74,14 @@ public:
 private:
     struct QueuedFrame {
         FLKPixelBuffer pixels;
+        FLKLentPixels lent;  // instead of `pixels` when its bgra is set
         int64_t ticks = 0;
         int64_t durationTicks = 0;
     };
     bool encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error);
+    bool encodeNow(const QueuedFrame& frame, FLKError* error);
+    // Waits for room in the queue and takes the next frame's time; false with the error set.
+    bool admit(int64_t ticks, FLKError* error, std::unique_lock<std::mutex>& lock);
     // A frame's nominal length in ticks of the options' time scale.
     static int64_t ticksPerFrame(const Options& options);
     void workerLoop();

@@ -1,5 +1,7 @@
 #include "core/media/FLKVideoEncoderSession.h"
 
+#include <algorithm>
+
 #include "core/platform/FLKStageTimes.h"
 
 extern "C" {
@@ -94,9 +96,18 @@ FLKVideoEncoderSession::~FLKVideoEncoderSession() { sws_freeContext(converter_);
 
 bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks,
                                     std::string* reason) {
-    if (frame.width != codec_->width || frame.height != codec_->height || frame.stride < frame.width * 4 ||
-        frame.bgra.size() < static_cast<size_t>(frame.stride) * frame.height) {
+    if (frame.bgra.size() < static_cast<size_t>(std::max(frame.stride, 0)) * std::max(frame.height, 0)) {
         *reason = "A frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
+                  " holds fewer bytes than its rows for \"" + path_ + "\".";
+        return false;
+    }
+    return encode(frame.bgra.data(), frame.width, frame.height, frame.stride, ticks, durationTicks, reason);
+}
+
+bool FLKVideoEncoderSession::encode(const uint8_t* bgra, int width, int height, int stride, int64_t ticks,
+                                    int64_t durationTicks, std::string* reason) {
+    if (width != codec_->width || height != codec_->height || stride < width * 4) {
+        *reason = "A frame of " + std::to_string(width) + "x" + std::to_string(height) +
                   " cannot be written to the " + std::to_string(codec_->width) + "x" +
                   std::to_string(codec_->height) + " video \"" + path_ + "\".";
         return false;
@@ -106,11 +117,11 @@ bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, 
         *reason = "Out of memory while writing \"" + path_ + "\".";
         return false;
     }
-    const uint8_t* source[1] = {frame.bgra.data()};
-    const int sourceStride[1] = {frame.stride};
+    const uint8_t* source[1] = {bgra};
+    const int sourceStride[1] = {stride};
     {
         FLKStageTimes::CpuScope converting(FLKStageTimes::kConvert);
-        sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
+        sws_scale(converter_, source, sourceStride, 0, height, yuv_->data, yuv_->linesize);
     }
     yuv_->pts = ticks;
     durations_[ticks] = durationTicks;

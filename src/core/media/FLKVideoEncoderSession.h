@@ -22,6 +22,9 @@ public:
     // `ticks`: the frame's time in the encoder's time base; `durationTicks`:
     // how long it shows if it is the last.
     bool encode(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, std::string* reason);
+    // BGRA rows of `stride` bytes, read where they lie.
+    bool encode(const uint8_t* bgra, int width, int height, int stride, int64_t ticks, int64_t durationTicks,
+                std::string* reason);
     bool finish(std::string* reason);
 
 private:

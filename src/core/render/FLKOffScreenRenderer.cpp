@@ -120,7 +120,13 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
                                                " frame could be made on the GPU.");
     }
     std::optional<FLKError> failure;
-    readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    auto output = renderOutput_.lock();
+    if (pipelinedReadBack_ && output && output->takesLentPixels()) {
+        lendingReadBack_ = std::make_unique<FLKLendingReadBack>();
+    } else {
+        readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    }
+    output.reset();
     std::shared_ptr<FLKProgressSignal> signal;
     {
         std::lock_guard lock(finishedMutex_);
@@ -154,18 +160,35 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
     FLKStageTimes::shared().addCpu(FLKStageTimes::kRender, rasterThreads.cpuNs());
     // After a failure the frames still queued would only extend an incomplete run.
     FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
-    readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
-        if (!failure) deliver(buffer);
-    });
-    readBack_->releaseBuffers();
+    if (lendingReadBack_) {
+        lendingReadBack_->flush([this, &failure](FLKLentPixels pixels) {
+            if (!failure) lend(std::move(pixels));
+        });
+        // Waits for the frames still lent to the output: it lets go of them as it converts them.
+        lendingReadBack_->releaseBuffers();
+    } else {
+        readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
+            if (!failure) deliver(buffer);
+        });
+        readBack_->releaseBuffers();
+    }
     texture_.reset();
     return failure;
 }
 
 void FLKOffScreenRenderer::finishRenderingOnCommandBuffer(FLKGPUTexture& texture) {
     FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
+    if (lendingReadBack_) {
+        lendingReadBack_->readTexture(texture.name(), texture.width(), texture.height(),
+                                      [this](FLKLentPixels pixels) { lend(std::move(pixels)); });
+        return;
+    }
     readBack_->readTexture(texture.name(), texture.width(), texture.height(),
                            [this](const FLKPixelBuffer& buffer) { deliver(buffer); });
+}
+
+void FLKOffScreenRenderer::lend(FLKLentPixels pixels) {
+    if (auto output = renderOutput_.lock()) output->didRenderToLentPixels(*this, std::move(pixels));
 }
 
 void FLKOffScreenRenderer::deliver(const FLKPixelBuffer& buffer) {
