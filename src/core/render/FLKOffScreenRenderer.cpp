@@ -1,5 +1,6 @@
 #include "core/render/FLKOffScreenRenderer.h"
 
+#include <chrono>
 #include <cmath>
 #include <string>
 
@@ -154,7 +155,9 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
         if (signal) {
             signal->waitPast(seen);
         } else {
-            std::this_thread::yield();
+            // A source that is not told of its progress (a timeline the editor
+            // plays, resumed by its readiness poll) can only be asked again.
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
     FLKStageTimes::shared().addCpu(FLKStageTimes::kRender, rasterThreads.cpuNs());

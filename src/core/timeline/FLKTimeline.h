@@ -84,7 +84,10 @@ public:
     // From the start, playing.
     void loop();
     bool update(double time) override;
-    std::shared_ptr<FLKProgressSignal> progressSignal() const override { return progressSignal_; }
+    // Only a timeline played through has its decoders notify it.
+    std::shared_ptr<FLKProgressSignal> progressSignal() const override {
+        return playsThrough_.load() ? progressSignal_ : nullptr;
+    }
     // Played once through by a clock that waits (an export): while a track
     // is not ready the time is refused without pausing, and the tracks'
     // decoders notify progressSignal() as frames arrive. Before playing.
