@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <map>
 #include <string>
 
@@ -10,9 +11,14 @@
 struct SwsContext;
 
 // The FFmpeg side of one MP4 being written: file, H.264 encoder and the
-// BGRA to YUV converter. Used by one thread at a time.
+// BGRA to YUV converter. Used by one thread at a time, or split in two: one
+// thread converts frames into the session's pictures (convert), another
+// encodes them (encodePicture, finish); a picture index passes from one to
+// the other and back through the caller's own queues.
 class FLKVideoEncoderSession {
 public:
+    static constexpr int kPictures = 3;
+
     static std::unique_ptr<FLKVideoEncoderSession> open(const std::string& path,
                                                         const FLKVideoEncoder::Options& options, std::string* reason);
     ~FLKVideoEncoderSession();
@@ -27,6 +33,11 @@ public:
                 std::string* reason);
     bool finish(std::string* reason);
 
+    // Converts BGRA rows of `stride` bytes into picture `index`.
+    bool convert(const uint8_t* bgra, int width, int height, int stride, int index, std::string* reason);
+    // Encodes picture `index`, shown from `ticks`, and writes what comes out.
+    bool encodePicture(int index, int64_t ticks, int64_t durationTicks, std::string* reason);
+
 private:
     FLKVideoEncoderSession() = default;
     bool openEncoder(const FLKVideoEncoder::Options& options, std::string* reason);
@@ -35,7 +46,7 @@ private:
     std::string path_;
     flk::media::OutputContext output_;
     flk::media::CodecContext codec_;
-    flk::media::Frame yuv_;
+    std::array<flk::media::Frame, kPictures> pictures_;  // each with the thread holding its index
     flk::media::Packet packet_;
     AVStream* stream_ = nullptr;
     SwsContext* converter_ = nullptr;
