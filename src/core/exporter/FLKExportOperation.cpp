@@ -14,7 +14,7 @@
 namespace {
 // Enough for the decoder to stay ahead of the renderer through the odd stall,
 // little enough to keep each segment at a few dozen frames.
-constexpr double kDecodeAheadTime = 0.5;
+constexpr double kDecodeAheadTime = 0.3;
 
 std::optional<std::filesystem::path> audioURLOfScene(const FLKScene& scene) {
     auto audio = scene.childWithClass<FLKAudioTrack>();

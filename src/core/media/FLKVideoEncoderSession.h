@@ -17,7 +17,7 @@ struct SwsContext;
 // the other and back through the caller's own queues.
 class FLKVideoEncoderSession {
 public:
-    static constexpr int kPictures = 3;
+    static constexpr int kPictures = 2;
 
     static std::unique_ptr<FLKVideoEncoderSession> open(const std::string& path,
                                                         const FLKVideoEncoder::Options& options, std::string* reason);

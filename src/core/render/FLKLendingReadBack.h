@@ -22,9 +22,9 @@
 class FLKLendingReadBack {
 public:
     using Lend = std::function<void(FLKLentPixels)>;
-    // One being read back, one queued for the encoder, one being converted,
-    // one spare so that the renderer need not wait for the conversion.
-    static constexpr int kSlots = 4;
+    // One being read back, one queued for the conversion, one being converted;
+    // no more: each slot is a full frame of memory.
+    static constexpr int kSlots = 3;
 
     FLKLendingReadBack();
     ~FLKLendingReadBack();
