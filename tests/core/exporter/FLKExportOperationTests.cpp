@@ -519,4 +519,8 @@ TEST_F(FLKExportQueueTest, ARecordingIsExportedWhileTheMainQueueStandsStill) {
         EXPECT_GT(times.cpuNs[stage], 0) << FLKStageTimes::stageName(static_cast<FLKStageTimes::Stage>(stage));
     }
     EXPECT_NE(times.report(31, 2).find("bound on 2 cores"), std::string::npos);
+    // The notifications still queued hold the operation: let them go here, not with the queue.
+    bool drained = false;
+    mainQueue->post([&] { drained = true; });
+    mainQueue->runUntil([&] { return drained; });
 }
