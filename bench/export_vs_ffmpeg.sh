@@ -7,9 +7,15 @@
 #     raw frames (the x264 floor);
 #  2. a 540x960, 15 fps, 5 s GIF of ours against ffmpeg's two-pass
 #     palettegen/paletteuse GIF made from our MP4 of the same document.
-# Usage: bench/export_vs_ffmpeg.sh [seconds=10]   (after `make build`)
+#  3. the bound our stages set: cores / the CPU per frame that `export --verbose`
+#     measures stage by stage, and our rate as a share of it;
+#  4. with --loaded: the MP4 runs again while a second process keeps one core
+#     busy, and our ratio to ffmpeg's composition then against the quiet one.
+# Usage: bench/export_vs_ffmpeg.sh [--loaded] [seconds=10]   (after `make build`)
 set -euo pipefail
 cd "$(dirname "$0")/.."
+loaded=0
+if [ "${1:-}" = "--loaded" ]; then loaded=1; shift; fi
 seconds=${1:-10}
 build=${FLK_BUILD:-build/release}
 cli=$build/bin/flickwell-cli
@@ -68,15 +74,21 @@ PY
 
 frames=$((seconds * 30))
 echo "== MP4, ${frames} frames at 1080x1920"
-read -r ours_wall ours_peak < <(measure "$cli" export "$work/device.flickwell" --size 1080x1920 --out "$work/ours.mp4" --quiet)
-
+ours_export() {
+    measure "$cli" export "$work/device.flickwell" --size 1080x1920 --out "$work/ours.mp4" --quiet --verbose \
+        2>"$work/stages.txt"
+}
 warp="scale=720:720,scale=1080:1920,perspective=${quad}:sense=destination"
-read -r ff_wall ff_peak < <(measure ffmpeg "${quiet[@]}" \
+ffmpeg_composition() {
+    measure ffmpeg "${quiet[@]}" \
     -loop 1 -framerate 30 -i "$work/background.png" -i "$work/recording.mp4" -loop 1 -framerate 30 -i "$work/device.png" \
     -f lavfi -i "color=white:s=718x718:r=30,pad=720:720:1:1:black" -f lavfi -i "anullsrc=r=44100:cl=stereo" \
     -filter_complex "[1:v]fps=30,${warp},format=yuv420p[v];[3:v]${warp},format=gray[m];[v][m]alphamerge[screen];\
 [0:v][screen]overlay=shortest=1[s];[2:v]scale=${device_size}[d];[s][d]overlay=${device_at}:shortest=1,format=yuv420p[out]" \
-    -map "[out]" -map 4:a -t "$seconds" -r 30 -c:v libx264 -pix_fmt yuv420p -c:a aac -shortest "$work/ffmpeg.mp4")
+    -map "[out]" -map 4:a -t "$seconds" -r 30 -c:v libx264 -pix_fmt yuv420p -c:a aac -shortest "$work/ffmpeg.mp4"
+}
+read -r ours_wall ours_peak < <(ours_export)
+read -r ff_wall ff_peak < <(ffmpeg_composition)
 
 ffmpeg "${quiet[@]}" -i "$work/ours.mp4" -f rawvideo -pix_fmt yuv420p "$work/raw.yuv"
 read -r enc_wall enc_peak < <(measure ffmpeg "${quiet[@]}" -f rawvideo -pix_fmt yuv420p -s 1080x1920 -r 30 \
@@ -92,6 +104,35 @@ print(f"x264 encode only:    {n / enc:6.1f} fps  ({enc:.1f} s)")
 print(f"ours / ffmpeg composition: {ff / ours:.2f}x   ours / encode-only floor: {enc / ours:.2f}x")
 print("(ours bounds x264's lookahead to 10 frames at 1080x1920 to hold its memory; both ffmpeg runs keep its 40)")
 PY
+
+echo "== our stages (CPU and waits in ms per frame, from export --verbose)"
+sed -n '/^stage/,$p' "$work/stages.txt"
+python3 - "$frames" "$ours_wall" "$(nproc)" "$work/stages.txt" <<'PY'
+import re, sys
+n, wall, cores, path = int(sys.argv[1]), float(sys.argv[2]), int(sys.argv[3]), sys.argv[4]
+cpu = float(re.search(r"CPU per frame: ([0-9.]+) ms", open(path).read()).group(1))
+bound = cores * 1000 / cpu
+print(f"bound: {cores} cores / {cpu:.1f} ms CPU a frame = {bound:.1f} fps; ours {n / wall:.1f} fps = {100 * n / wall / bound:.0f} % of it")
+PY
+
+if [ "$loaded" = 1 ]; then
+    echo "== MP4 again while a second process keeps one core busy (yes > /dev/null, not niced)"
+    yes >/dev/null &
+    load_pid=$!
+    trap 'kill "$load_pid" 2>/dev/null || true' EXIT
+    read -r ours_loaded _ < <(ours_export)
+    read -r ff_loaded _ < <(ffmpeg_composition)
+    kill "$load_pid" 2>/dev/null || true
+    wait "$load_pid" 2>/dev/null || true
+    trap - EXIT
+    python3 - "$frames" "$ours_wall" "$ff_wall" "$ours_loaded" "$ff_loaded" <<'PY'
+import sys
+n, ours, ff, ours_l, ff_l = int(sys.argv[1]), *map(float, sys.argv[2:])
+quiet, busy = ff / ours, ff_l / ours_l
+print(f"loaded: ours {n / ours_l:.1f} fps, ffmpeg composition {n / ff_l:.1f} fps")
+print(f"ours / ffmpeg: quiet {quiet:.2f}x, loaded {busy:.2f}x ({100 * (busy / quiet - 1):+.0f} %)")
+PY
+fi
 
 echo "== GIF, 540x960, 15 fps, 5 s"
 "$maker" "$work/recording5.mp4" --size 1080x1920 --duration 5 >/dev/null

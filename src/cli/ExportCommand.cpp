@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
+#include <thread>
 #include <cstdio>
 #include <memory>
 
@@ -90,6 +92,8 @@ void ExportCommand::add(CLI::App& app, int& exitCode) {
     sub->add_option("--gif-fps", command->gifFps_, "GIF frame rate without a preset (default 15)")
         ->check(CLI::Range(1, 50));
     sub->add_flag("--quiet,-q", command->quiet_, "No progress output");
+    sub->add_flag("--verbose,-v", command->verbose_,
+                  "Print where the time went: CPU and waits per frame of each stage, and the bound they set");
     sub->callback([command, &exitCode] { exitCode = command->run(); });
 }
 
@@ -181,6 +185,12 @@ int ExportCommand::run() const {
             flk::cli::fail(operation->name() + ": " + failure->fullMessage());
         } else {
             std::printf("%s\n", operation->destinationURL().string().c_str());
+        }
+        if (verbose_) {
+            const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+            std::fprintf(stderr, "%s: %llu frames\n%s", operation->name().c_str(),
+                         static_cast<unsigned long long>(operation->renderedFrames()),
+                         operation->stageTimes().report(operation->renderedFrames(), cores).c_str());
         }
     }
     return failures == 0 ? 0 : 1;

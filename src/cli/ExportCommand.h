@@ -27,4 +27,5 @@ private:
     std::string audio_;
     std::uint64_t gifFps_ = 0;
     bool quiet_ = false;
+    bool verbose_ = false;
 };

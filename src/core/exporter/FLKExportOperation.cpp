@@ -14,7 +14,7 @@
 namespace {
 // Enough for the decoder to stay ahead of the renderer through the odd stall,
 // little enough to keep each segment at a few dozen frames.
-constexpr double kDecodeAheadTime = 0.5;
+constexpr double kDecodeAheadTime = 0.3;
 
 std::optional<std::filesystem::path> audioURLOfScene(const FLKScene& scene) {
     auto audio = scene.childWithClass<FLKAudioTrack>();
@@ -86,6 +86,16 @@ bool FLKExportOperation::cancel() {
     return true;
 }
 
+FLKStageTimes::Figures FLKExportOperation::stageTimes() const {
+    std::lock_guard lock(mutex_);
+    return stageTimes_;
+}
+
+std::uint64_t FLKExportOperation::renderedFrames() const {
+    auto renderer = this->renderer();
+    return renderer ? renderer->clock()->currentFrame() : 0;
+}
+
 std::shared_ptr<FLKExportRecorder> FLKExportOperation::recorder() const {
     std::lock_guard lock(mutex_);
     return recorder_;
@@ -116,6 +126,7 @@ void FLKExportOperation::execute() {
                                      "The timeline is empty.", "Add a video to the timeline, then export again."));
         return;
     }
+    FLKStageTimes::shared().reset();
     exportVideoWithOptions(FLKExportOptions::exportOptionsWithType(type_, destinationURL_, exportFrame_, videoSize_,
                                                                    numFrames, fps_, outputFps(), audioURL_));
 }
@@ -163,6 +174,7 @@ void FLKExportOperation::startRendering(const std::shared_ptr<const FLKExportOpt
         }
     }
     renderTimeline->setName("Offscreen Master");
+    renderTimeline->setPlaysThrough();
     renderTimeline->setCurrentTime(0);
     renderTimeline->mapScene(renderer->renderedScene());
     renderTimeline->play();
@@ -187,6 +199,7 @@ void FLKExportOperation::markFinished() {
         if (finishing_) return;
         finishing_ = true;
         cancelled = cancelled_;
+        stageTimes_ = FLKStageTimes::shared().figures();
     }
     // The destination is a fresh name the run made: whatever is there is this
     // run's unfinished (or, cancelled while muxing, unwanted) file.

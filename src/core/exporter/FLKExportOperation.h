@@ -15,6 +15,7 @@
 #include "core/platform/FLKError.h"
 #include "core/platform/FLKNotificationCenter.h"
 #include "core/platform/FLKRect.h"
+#include "core/platform/FLKStageTimes.h"
 #include "core/platform/FLKSize.h"
 
 class FLKOffScreenRenderer;
@@ -83,6 +84,10 @@ public:
     void markFinished();
     void waitUntilFinished() const;
 
+    // Where the run's time went, taken when it finished; frames: those rendered.
+    FLKStageTimes::Figures stageTimes() const;
+    std::uint64_t renderedFrames() const;
+
     // What the run made; set on the export queue by execute().
     std::shared_ptr<FLKExportRecorder> recorder() const;
     std::shared_ptr<FLKOffScreenRenderer> renderer() const;
@@ -122,4 +127,5 @@ private:
     std::shared_ptr<FLKExportRecorder> recorder_;     // guarded by mutex_
     std::shared_ptr<FLKOffScreenRenderer> renderer_;  // guarded by mutex_
     std::shared_ptr<FLKTimeline> renderTimeline_;     // guarded by mutex_; the timeline copy the clock steps
+    FLKStageTimes::Figures stageTimes_;               // guarded by mutex_
 };

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "core/platform/FLKAtomicFile.h"
+#include "core/platform/FLKStageTimes.h"
 
 namespace {
 // Frames waiting for the encoder before the renderer is held back.
@@ -93,6 +94,7 @@ void FLKGIFRecorder::appendBuffer(const FLKPixelBuffer& buffer) {
         FLKPixelBuffer copy = buffer;
         {
             std::unique_lock queueLock(queueMutex_);
+            FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::output);
             queueChanged_.wait(queueLock, [this] { return queue_.size() < kQueueLimit || encoderFailed_; });
             if (!encoderFailed_) queue_.push_back(std::move(copy));
         }
@@ -110,6 +112,7 @@ void FLKGIFRecorder::encodeFrames() {
         FLKPixelBuffer frame;
         {
             std::unique_lock lock(queueMutex_);
+            FLKStageTimes::WaitScope waiting(FLKStageTimes::kEncode, FLKStageTimes::WaitScope::On::input);
             queueChanged_.wait(lock, [this] { return !queue_.empty() || noMoreFrames_; });
             if (encoderFailed_) return;
             if (queue_.empty()) break;
@@ -117,7 +120,11 @@ void FLKGIFRecorder::encodeFrames() {
             queue_.pop_front();
         }
         queueChanged_.notify_all();
-        ok = encoder_->addFrame(frame, &encoderError_);
+        {
+            // Scaling, palette and compression: the GIF's encode stage.
+            FLKStageTimes::CpuScope encoding(FLKStageTimes::kEncode);
+            ok = encoder_->addFrame(frame, &encoderError_);
+        }
         if (!ok) break;
     }
     if (ok) ok = encoder_->finish(&encoderError_);

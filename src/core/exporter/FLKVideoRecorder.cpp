@@ -8,6 +8,7 @@
 
 #include "core/media/FLKAudioMuxer.h"
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKStageTimes.h"
 
 namespace fs = std::filesystem;
 
@@ -91,6 +92,14 @@ bool FLKVideoRecorder::record(FLKError* error) {
 }
 
 void FLKVideoRecorder::appendPixelBuffer(const FLKPixelBuffer& pixelBuffer) {
+    appendFrame([&](FLKError* error) { return encoder_->append(pixelBuffer, error); });
+}
+
+void FLKVideoRecorder::appendLentPixels(FLKLentPixels pixels) {
+    appendFrame([&](FLKError* error) { return encoder_->append(std::move(pixels), error); });
+}
+
+void FLKVideoRecorder::appendFrame(const std::function<bool(FLKError*)>& append) {
     if (!isRecording_.load()) return;
     if (!didSkipFirstFrame_.load()) {
         didSkipFirstFrame_.store(true);
@@ -99,7 +108,7 @@ void FLKVideoRecorder::appendPixelBuffer(const FLKPixelBuffer& pixelBuffer) {
     // A file that failed once takes no more frames; finish() reports it.
     if (writeError_) return;
     FLKError error;
-    if (!encoder_->append(pixelBuffer, &error)) {
+    if (!append(&error)) {
         flk::log("Writing frame %llu of \"%s\" failed: %s", static_cast<unsigned long long>(currentFrame_.load()),
                  tempDestinationURL_.c_str(), error.fullMessage().c_str());
         writeError_ = error;
@@ -138,6 +147,7 @@ void FLKVideoRecorder::didFailRenderingOffScreen(FLKRenderer&, const FLKError& e
 bool FLKVideoRecorder::writeSound(FLKError* error) {
     // Without a sound of its own the video gets a silent track of its length.
     const auto audioURL = exportOptions_->audioURL();
+    FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
     return FLKAudioMuxer::muxVideo(tempDestinationURL_.string(), audioURL ? audioURL->string() : std::string(),
                                    destinationURL().string(), error);
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -33,10 +34,14 @@ public:
 
     bool record(FLKError* error = nullptr) override;
     void appendPixelBuffer(const FLKPixelBuffer& pixelBuffer);
+    // Queued for the encoder as it lies; the lease goes once it is converted.
+    void appendLentPixels(FLKLentPixels pixels);
     // Completes the file; the delegate hears recorderDidFinish or didFailWithError.
     void finish();
 
     void didRenderToBuffer(FLKRenderer&, const FLKPixelBuffer& pixelBuffer) override { appendPixelBuffer(pixelBuffer); }
+    bool takesLentPixels() const override { return true; }
+    void didRenderToLentPixels(FLKRenderer&, FLKLentPixels pixels) override { appendLentPixels(std::move(pixels)); }
     void didFinishRenderingOffScreen(FLKRenderer&) override { finish(); }
     // Drops the unfinished file; the delegate hears didFailWithError.
     void didFailRenderingOffScreen(FLKRenderer&, const FLKError& error) override;
@@ -57,6 +62,8 @@ public:
     static std::optional<FLKError> problemWithDestination(const std::filesystem::path& destination);
 
 private:
+    // Drops the first frame, stops after a failure, reports progress.
+    void appendFrame(const std::function<bool(FLKError*)>& append);
     bool writeSound(FLKError* error);
     void finishSession(const std::optional<FLKError>& error);
     void notifyDidFinishWithPossibleError(const std::optional<FLKError>& error);

@@ -6,6 +6,7 @@
 
 #include "core/media/FLKMediaSupport.h"
 #include "core/media/FLKVideoEncoderSession.h"
+#include "core/platform/FLKStageTimes.h"
 
 namespace {
 FLKError encoderError(const std::string& path, const std::string& reason) {
@@ -32,7 +33,11 @@ bool FLKVideoEncoder::start(FLKError* error) {
         flk::setError(error, encoderError(path_, reason));
         return false;
     }
-    if (options_.threaded) worker_ = std::thread([this] { workerLoop(); });
+    if (options_.threaded) {
+        for (int picture = 0; picture < FLKVideoEncoderSession::kPictures; ++picture) freePictures_.push_back(picture);
+        converter_ = std::thread([this] { convertLoop(); });
+        worker_ = std::thread([this] { encodeLoop(); });
+    }
     return true;
 }
 
@@ -49,25 +54,15 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t
         flk::setError(error, encoderError(path_, "The writer is not open."));
         return false;
     }
-    if (ticks <= lastTicks_) {
-        flk::setError(error, encoderError(path_, "Frame times must increase (" + std::to_string(ticks) +
-                                                     " ticks after " + std::to_string(lastTicks_) + ")."));
-        return false;
-    }
-    lastTicks_ = ticks;
     if (!options_.threaded) {
+        std::unique_lock<std::mutex> unused;
+        if (!admit(ticks, error, unused)) return false;
         if (!encodeNow(frame, ticks, durationTicks, error)) return false;
         ++framesAppended_;
         return true;
     }
     std::unique_lock lock(queueMutex_);
-    queueChanged_.wait(lock, [&] {
-        return queue_.size() < std::max<size_t>(1, options_.queueCapacity) || !workerError_.localizedDescription.empty();
-    });
-    if (!workerError_.localizedDescription.empty()) {
-        flk::setError(error, workerError_);
-        return false;
-    }
+    if (!admit(ticks, error, lock)) return false;
     // Frames are copied into storage the worker handed back: a frame-sized
     // allocation a frame would churn the allocator and hold memory it cannot return.
     QueuedFrame copy;
@@ -87,6 +82,62 @@ bool FLKVideoEncoder::append(const FLKPixelBuffer& frame, int64_t ticks, int64_t
     return true;
 }
 
+bool FLKVideoEncoder::admit(int64_t ticks, FLKError* error, std::unique_lock<std::mutex>& lock) {
+    if (ticks <= lastTicks_) {
+        flk::setError(error, encoderError(path_, "Frame times must increase (" + std::to_string(ticks) +
+                                                     " ticks after " + std::to_string(lastTicks_) + ")."));
+        return false;
+    }
+    lastTicks_ = ticks;
+    if (!lock.owns_lock()) return true;  // unthreaded: nothing to wait for
+    {
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::output);
+        queueChanged_.wait(lock, [&] {
+            return queue_.size() < std::max<size_t>(1, options_.queueCapacity) ||
+                   !workerError_.localizedDescription.empty();
+        });
+    }
+    if (!workerError_.localizedDescription.empty()) {
+        flk::setError(error, workerError_);
+        return false;
+    }
+    return true;
+}
+
+bool FLKVideoEncoder::append(FLKLentPixels frame, FLKError* error) {
+    if (!session_ || finished_) {
+        flk::setError(error, encoderError(path_, "The writer is not open."));
+        return false;
+    }
+    QueuedFrame queued;
+    queued.ticks = static_cast<int64_t>(framesAppended_) * ticksPerFrame(options_);
+    queued.lent = std::move(frame);
+    if (!options_.threaded) {
+        std::unique_lock<std::mutex> unused;
+        if (!admit(queued.ticks, error, unused) || !encodeNow(queued, error)) return false;
+        ++framesAppended_;
+        return true;
+    }
+    std::unique_lock lock(queueMutex_);
+    if (!admit(queued.ticks, error, lock)) return false;
+    queue_.push_back(std::move(queued));
+    ++framesAppended_;
+    queueChanged_.notify_all();
+    return true;
+}
+
+bool FLKVideoEncoder::encodeNow(const QueuedFrame& frame, FLKError* error) {
+    if (!frame.lent.bgra) return encodeNow(frame.pixels, frame.ticks, frame.durationTicks, error);
+    std::string reason;
+    const int64_t duration = frame.durationTicks > 0 ? frame.durationTicks : ticksPerFrame(options_);
+    if (session_->encode(frame.lent.bgra, frame.lent.width, frame.lent.height, frame.lent.stride, frame.ticks,
+                         duration, &reason)) {
+        return true;
+    }
+    flk::setError(error, encoderError(path_, reason));
+    return false;
+}
+
 bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error) {
     std::string reason;
     if (session_->encode(frame, ticks, durationTicks > 0 ? durationTicks : ticksPerFrame(options_), &reason)) {
@@ -96,39 +147,92 @@ bool FLKVideoEncoder::encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int6
     return false;
 }
 
-void FLKVideoEncoder::workerLoop() {
+void FLKVideoEncoder::failWorkersLocked(const FLKError& error) {
+    if (workerError_.localizedDescription.empty()) workerError_ = error;
+    queue_.clear();
+    converted_.clear();
+    queueChanged_.notify_all();
+}
+
+void FLKVideoEncoder::convertLoop() {
     while (true) {
         QueuedFrame frame;
+        int picture = 0;
         {
             std::unique_lock lock(queueMutex_);
-            queueChanged_.wait(lock, [&] { return !queue_.empty() || stopRequested_; });
-            if (queue_.empty()) return;  // stop requested and nothing left
+            {
+                FLKStageTimes::WaitScope waiting(FLKStageTimes::kConvert, FLKStageTimes::WaitScope::On::input);
+                queueChanged_.wait(lock, [&] { return !queue_.empty() || stopRequested_ || failed(); });
+            }
+            if (!queue_.empty() && !failed()) {
+                FLKStageTimes::WaitScope waiting(FLKStageTimes::kConvert, FLKStageTimes::WaitScope::On::output);
+                queueChanged_.wait(lock, [&] { return !freePictures_.empty() || failed(); });
+            }
+            // Stop requested and nothing left (or a cancel emptied the queue), or the encoder failed.
+            if (queue_.empty() || failed()) {
+                conversionEnded_ = true;
+                queueChanged_.notify_all();
+                return;
+            }
             frame = std::move(queue_.front());
             queue_.pop_front();
+            picture = freePictures_.back();
+            freePictures_.pop_back();
             queueChanged_.notify_all();
         }
-        FLKError error;
-        const bool encoded = encodeNow(frame.pixels, frame.ticks, frame.durationTicks, &error);
+        std::string reason;
+        const bool converted = frame.lent.bgra
+                                   ? session_->convert(frame.lent.bgra, frame.lent.width, frame.lent.height,
+                                                       frame.lent.stride, picture, &reason)
+                                   : session_->convert(frame.pixels.bgra.data(), frame.pixels.width,
+                                                       frame.pixels.height, frame.pixels.stride, picture, &reason);
+        // A lent frame goes back to the renderer as soon as it is converted.
+        frame.lent = {};
         std::lock_guard lock(queueMutex_);
-        if (!encoded) {
-            workerError_ = error;
-            queue_.clear();
-            queueChanged_.notify_all();
+        if (!frame.pixels.bgra.empty()) spares_.push_back(std::move(frame.pixels));
+        if (!converted) {
+            failWorkersLocked(encoderError(path_, reason));
+            conversionEnded_ = true;
             return;
         }
-        spares_.push_back(std::move(frame.pixels));
+        converted_.push_back({picture, frame.ticks, frame.durationTicks > 0 ? frame.durationTicks : ticksPerFrame(options_)});
+        queueChanged_.notify_all();
+    }
+}
+
+void FLKVideoEncoder::encodeLoop() {
+    while (true) {
+        ConvertedPicture picture;
+        {
+            std::unique_lock lock(queueMutex_);
+            FLKStageTimes::WaitScope waiting(FLKStageTimes::kEncode, FLKStageTimes::WaitScope::On::input);
+            queueChanged_.wait(lock, [&] { return !converted_.empty() || conversionEnded_ || failed(); });
+            if (converted_.empty() || failed()) return;
+            picture = converted_.front();
+            converted_.pop_front();
+        }
+        std::string reason;
+        const bool encoded = session_->encodePicture(picture.index, picture.ticks, picture.durationTicks, &reason);
+        std::lock_guard lock(queueMutex_);
+        freePictures_.push_back(picture.index);
+        if (!encoded) {
+            failWorkersLocked(encoderError(path_, reason));
+            return;
+        }
+        queueChanged_.notify_all();
     }
 }
 
 bool FLKVideoEncoder::stopWorker() {
-    if (!worker_.joinable()) return true;
+    if (!converter_.joinable()) return true;
     {
         std::lock_guard lock(queueMutex_);
         stopRequested_ = true;
     }
     queueChanged_.notify_all();
+    converter_.join();
     worker_.join();
-    return workerError_.localizedDescription.empty();
+    return !failed();
 }
 
 bool FLKVideoEncoder::finish(FLKError* error) {
@@ -157,6 +261,8 @@ void FLKVideoEncoder::cancel() {
     {
         std::lock_guard lock(queueMutex_);
         queue_.clear();
+        for (const auto& picture : converted_) freePictures_.push_back(picture.index);
+        converted_.clear();
     }
     stopWorker();
     bool hadFile = session_ != nullptr;

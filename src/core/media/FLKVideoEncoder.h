@@ -11,6 +11,7 @@
 
 #include "core/media/FLKVideoOrientation.h"
 #include "core/platform/FLKError.h"
+#include "core/platform/FLKLentPixels.h"
 #include "core/platform/FLKPixelBuffer.h"
 
 class FLKVideoEncoderSession;
@@ -19,10 +20,12 @@ class FLKVideoEncoderSession;
 // tags, limited range). Frame n is shown at n / fps, or from the time given
 // with it (a variable frame rate, as screen recorders write).
 //
-// With `threaded` set, append() copies the frame into a bounded queue and
-// returns; a worker thread converts and encodes, so rendering and encoding
-// overlap. append() then blocks only while the queue is full. append() and
-// finish() are to be called from one thread (the producer).
+// With `threaded` set, append() copies the frame into a bounded queue (a
+// lent frame is queued as it lies) and returns; one worker thread converts
+// frames to YUV and another encodes and writes them, so rendering,
+// conversion and encoding overlap. append() then blocks only while the
+// queue is full. append() and finish() are to be called from one thread (the
+// producer).
 class FLKVideoEncoder {
 public:
     struct Options {
@@ -57,6 +60,9 @@ public:
     // duration counts for the last frame only (the others last until the
     // next one); 0 is one frame at the nominal rate.
     bool append(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks = 0, FLKError* error = nullptr);
+    // A frame lent where it was read back: threaded, it is queued as it is and
+    // its lease dropped once converted; otherwise it is encoded at once.
+    bool append(FLKLentPixels frame, FLKError* error = nullptr);
     // Flushes the encoder and completes the file.
     bool finish(FLKError* error = nullptr);
     // Stops and removes the partial file.
@@ -70,28 +76,48 @@ public:
 private:
     struct QueuedFrame {
         FLKPixelBuffer pixels;
+        FLKLentPixels lent;  // instead of `pixels` when its bgra is set
         int64_t ticks = 0;
         int64_t durationTicks = 0;
     };
     bool encodeNow(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks, FLKError* error);
+    bool encodeNow(const QueuedFrame& frame, FLKError* error);
+    // Waits for room in the queue and takes the next frame's time; false with the error set.
+    bool admit(int64_t ticks, FLKError* error, std::unique_lock<std::mutex>& lock);
     // A frame's nominal length in ticks of the options' time scale.
     static int64_t ticksPerFrame(const Options& options);
-    void workerLoop();
+    struct ConvertedPicture {
+        int index = 0;  // of the session's pictures
+        int64_t ticks = 0;
+        int64_t durationTicks = 0;
+    };
+    // Threaded: one thread converts queued frames into the session's
+    // pictures, the other encodes and writes them.
+    void convertLoop();
+    void encodeLoop();
+    bool failed() const { return !workerError_.localizedDescription.empty(); }  // queueMutex_ held
+    void failWorkersLocked(const FLKError& error);
     bool stopWorker();
 
     const std::string path_;
     const Options options_;
-    std::unique_ptr<FLKVideoEncoderSession> session_;  // producer thread, or the worker while it runs
+    // The producer's; while the workers run, the converter uses its converting
+    // side and the encoding worker the rest.
+    std::unique_ptr<FLKVideoEncoderSession> session_;
     uint64_t framesAppended_ = 0;                      // producer thread only
     int64_t lastTicks_ = -1;                           // producer thread only
     bool started_ = false;                             // producer thread only
     bool finished_ = false;                            // producer thread only
 
-    std::thread worker_;
-    std::mutex queueMutex_;              // guards queue_, spares_, stopRequested_, workerError_
+    std::thread converter_;
+    std::thread worker_;  // encodes
+    std::mutex queueMutex_;  // guards everything below
     std::condition_variable queueChanged_;
     std::deque<QueuedFrame> queue_;
-    std::vector<FLKPixelBuffer> spares_;  // encoded frames' storage, to be filled again
+    std::vector<FLKPixelBuffer> spares_;  // converted frames' storage, to be filled again
+    std::deque<ConvertedPicture> converted_;
+    std::vector<int> freePictures_;
+    bool conversionEnded_ = false;
     bool stopRequested_ = false;
     FLKError workerError_;
 };

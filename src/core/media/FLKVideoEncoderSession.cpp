@@ -1,5 +1,9 @@
 #include "core/media/FLKVideoEncoderSession.h"
 
+#include <algorithm>
+
+#include "core/platform/FLKStageTimes.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
@@ -38,8 +42,12 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     codec_.reset(avcodec_alloc_context3(codec));
     stream_ = avformat_new_stream(output_.get(), nullptr);
     packet_.reset(av_packet_alloc());
-    yuv_.reset(av_frame_alloc());
-    if (!codec_ || !stream_ || !packet_ || !yuv_) {
+    bool allocated = true;
+    for (auto& picture : pictures_) {
+        picture.reset(av_frame_alloc());
+        allocated = allocated && picture;
+    }
+    if (!codec_ || !stream_ || !packet_ || !allocated) {
         *reason = "Out of memory while setting up the H.264 encoder.";
         return false;
     }
@@ -62,7 +70,9 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     av_opt_set(context->priv_data, "preset", options.preset.c_str(), 0);
     if (options.crf > 0) av_opt_set_double(context->priv_data, "crf", options.crf, 0);
     if (options.lookaheadFrames >= 0) av_opt_set_int(context->priv_data, "rc-lookahead", options.lookaheadFrames, 0);
+    encoderThreads_.begin();
     int status = avcodec_open2(context, codec, nullptr);
+    encoderThreads_.end();
     if (status < 0) {
         *reason = "Cannot open the H.264 encoder for \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
         return false;
@@ -72,12 +82,16 @@ bool FLKVideoEncoderSession::openEncoder(const FLKVideoEncoder::Options& options
     stream_->avg_frame_rate = context->framerate;
     flk::media::setOrientationOfStream(stream_, options.orientation);
 
-    yuv_->width = options.width;
-    yuv_->height = options.height;
-    yuv_->format = format;
+    bool buffers = true;
+    for (auto& picture : pictures_) {
+        picture->width = options.width;
+        picture->height = options.height;
+        picture->format = format;
+        buffers = buffers && av_frame_get_buffer(picture.get(), 0) >= 0;
+    }
     converter_ = sws_getContext(options.width, options.height, AV_PIX_FMT_BGRA, options.width, options.height, format,
                                 SWS_BILINEAR, nullptr, nullptr, nullptr);
-    if (av_frame_get_buffer(yuv_.get(), 0) < 0 || !converter_) {
+    if (!buffers || !converter_) {
         *reason = "Cannot set up the colour conversion for \"" + path_ + "\".";
         return false;
     }
@@ -90,31 +104,53 @@ FLKVideoEncoderSession::~FLKVideoEncoderSession() { sws_freeContext(converter_);
 
 bool FLKVideoEncoderSession::encode(const FLKPixelBuffer& frame, int64_t ticks, int64_t durationTicks,
                                     std::string* reason) {
-    if (frame.width != codec_->width || frame.height != codec_->height || frame.stride < frame.width * 4 ||
-        frame.bgra.size() < static_cast<size_t>(frame.stride) * frame.height) {
+    if (frame.bgra.size() < static_cast<size_t>(std::max(frame.stride, 0)) * std::max(frame.height, 0)) {
         *reason = "A frame of " + std::to_string(frame.width) + "x" + std::to_string(frame.height) +
+                  " holds fewer bytes than its rows for \"" + path_ + "\".";
+        return false;
+    }
+    return encode(frame.bgra.data(), frame.width, frame.height, frame.stride, ticks, durationTicks, reason);
+}
+
+bool FLKVideoEncoderSession::encode(const uint8_t* bgra, int width, int height, int stride, int64_t ticks,
+                                    int64_t durationTicks, std::string* reason) {
+    return convert(bgra, width, height, stride, 0, reason) && encodePicture(0, ticks, durationTicks, reason);
+}
+
+bool FLKVideoEncoderSession::convert(const uint8_t* bgra, int width, int height, int stride, int index,
+                                     std::string* reason) {
+    if (width != codec_->width || height != codec_->height || stride < width * 4) {
+        *reason = "A frame of " + std::to_string(width) + "x" + std::to_string(height) +
                   " cannot be written to the " + std::to_string(codec_->width) + "x" +
                   std::to_string(codec_->height) + " video \"" + path_ + "\".";
         return false;
     }
-    // The encoder may still hold the previous picture as a reference.
-    if (av_frame_make_writable(yuv_.get()) < 0) {
+    AVFrame* picture = pictures_[index].get();
+    // The encoder may still hold the picture as a reference.
+    if (av_frame_make_writable(picture) < 0) {
         *reason = "Out of memory while writing \"" + path_ + "\".";
         return false;
     }
-    const uint8_t* source[1] = {frame.bgra.data()};
-    const int sourceStride[1] = {frame.stride};
-    sws_scale(converter_, source, sourceStride, 0, frame.height, yuv_->data, yuv_->linesize);
-    yuv_->pts = ticks;
+    const uint8_t* source[1] = {bgra};
+    const int sourceStride[1] = {stride};
+    FLKStageTimes::CpuScope converting(FLKStageTimes::kConvert);
+    sws_scale(converter_, source, sourceStride, 0, height, picture->data, picture->linesize);
+    return true;
+}
+
+bool FLKVideoEncoderSession::encodePicture(int index, int64_t ticks, int64_t durationTicks, std::string* reason) {
+    AVFrame* picture = pictures_[index].get();
+    picture->pts = ticks;
     durations_[ticks] = durationTicks;
-    yuv_->color_primaries = AVCOL_PRI_BT709;
-    yuv_->color_trc = AVCOL_TRC_BT709;
-    yuv_->colorspace = AVCOL_SPC_BT709;
-    yuv_->color_range = AVCOL_RANGE_MPEG;
-    return send(yuv_.get(), reason);
+    picture->color_primaries = AVCOL_PRI_BT709;
+    picture->color_trc = AVCOL_TRC_BT709;
+    picture->colorspace = AVCOL_SPC_BT709;
+    picture->color_range = AVCOL_RANGE_MPEG;
+    return send(picture, reason);
 }
 
 bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
+    FLKStageTimes::CpuScope encoding(FLKStageTimes::kEncode);
     int status = avcodec_send_frame(codec_.get(), frame);
     if (status < 0) {
         *reason = "Cannot encode \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
@@ -129,6 +165,7 @@ bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
         }
         av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
         packet_->stream_index = stream_->index;
+        FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
         status = av_interleaved_write_frame(output_.get(), packet_.get());
         if (status < 0) {
             *reason = "Cannot write \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";
@@ -144,6 +181,9 @@ bool FLKVideoEncoderSession::send(const AVFrame* frame, std::string* reason) {
 
 bool FLKVideoEncoderSession::finish(std::string* reason) {
     if (!send(nullptr, reason)) return false;
+    // Read while the encoder's own threads are still there to be read.
+    FLKStageTimes::shared().addCpu(FLKStageTimes::kEncode, encoderThreads_.cpuNs());
+    FLKStageTimes::CpuScope muxing(FLKStageTimes::kMux);
     int status = av_write_trailer(output_.get());
     if (status < 0) {
         *reason = "Cannot complete \"" + path_ + "\": " + flk::media::avErrorText(status) + ".";

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+
+class FLKProgressSignal;
+
 // Something driven by a clock: the timeline and the animators.
 class FLKTimeUpdatable {
 public:
@@ -10,4 +14,7 @@ public:
     virtual bool update(double time) = 0;
     // The time, in seconds, the updatable stands at.
     virtual double currentTime() const = 0;
+    // Notified whenever a refused time may be taken now; null when the
+    // updatable never refuses for long (a caller then just offers again).
+    virtual std::shared_ptr<FLKProgressSignal> progressSignal() const { return nullptr; }
 };

@@ -55,6 +55,18 @@ FLKOffScreenRenderer::~FLKOffScreenRenderer() {
 
 void FLKOffScreenRenderer::setTimeSource(std::shared_ptr<FLKTimeUpdatable> source) {
     timeSource_ = std::move(source);
+    std::lock_guard lock(finishedMutex_);
+    progressSignal_ = timeSource_ ? timeSource_->progressSignal() : nullptr;
+}
+
+void FLKOffScreenRenderer::cancel() {
+    cancelled_.store(true);
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(finishedMutex_);
+        signal = progressSignal_;
+    }
+    if (signal) signal->notify();
 }
 
 void FLKOffScreenRenderer::renderAllFrames() {
@@ -73,7 +85,8 @@ std::shared_ptr<FLKOffScreenRenderer> FLKOffScreenRenderer::offScreenRendererWit
     if (!renderer) return nullptr;
     renderer->timeline_ = timeline.copyWithTimer(renderer->clock_);
     renderer->timeline_->setName("Offscreen Master");
-    renderer->timeSource_ = renderer->timeline_;
+    renderer->timeline_->setPlaysThrough();
+    renderer->setTimeSource(renderer->timeline_);
     return renderer;
 }
 
@@ -108,29 +121,77 @@ std::optional<FLKError> FLKOffScreenRenderer::renderFrames() {
                                                " frame could be made on the GPU.");
     }
     std::optional<FLKError> failure;
-    readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    auto output = renderOutput_.lock();
+    if (pipelinedReadBack_ && output && output->takesLentPixels()) {
+        lendingReadBack_ = std::make_unique<FLKLendingReadBack>();
+    } else {
+        readBack_ = std::make_unique<FLKPixelReadBack>(pipelinedReadBack_);
+    }
+    output.reset();
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(finishedMutex_);
+        signal = progressSignal_;
+    }
+    // Mesa's rasteriser draws on threads of its own, named after it.
+    FLKStageTimes::HelperThreads rasterThreads;
+    rasterThreads.beginNamed("llvmpipe");
     while (!cancelled_.load() && !clock_->isFinished() && clock_->currentFrame() < numFrames_) {
-        if (!clock_->tick()) {
-            // The time source is not ready (media still loading): ask again shortly.
+        // Read before asking: a frame that arrives after the refusal is not missed.
+        const std::uint64_t seen = signal ? signal->count() : 0;
+        bool ticked = false;
+        {
+            FLKStageTimes::CpuScope rendering(FLKStageTimes::kRender);
+            ticked = clock_->tick();
+            if (ticked && !render()) {
+                failure = renderError(kFrameNotDrawn, "Frame " + std::to_string(clock_->currentFrame()) + " of " +
+                                                          std::to_string(numFrames_) + " could not be drawn.");
+                break;
+            }
+        }
+        if (ticked) continue;
+        // The time source is not ready (media still loading): wait until its decoders make progress.
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kRender, FLKStageTimes::WaitScope::On::input);
+        if (signal) {
+            signal->waitPast(seen);
+        } else {
+            // A source that is not told of its progress (a timeline the editor
+            // plays, resumed by its readiness poll) can only be asked again.
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        } else if (!render()) {
-            failure = renderError(kFrameNotDrawn, "Frame " + std::to_string(clock_->currentFrame()) + " of " +
-                                                      std::to_string(numFrames_) + " could not be drawn.");
-            break;
         }
     }
+    FLKStageTimes::shared().addCpu(FLKStageTimes::kRender, rasterThreads.cpuNs());
     // After a failure the frames still queued would only extend an incomplete run.
-    readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
-        if (!failure) deliver(buffer);
-    });
-    readBack_->releaseBuffers();
+    FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
+    if (lendingReadBack_) {
+        lendingReadBack_->flush([this, &failure](FLKLentPixels pixels) {
+            if (!failure) lend(std::move(pixels));
+        });
+        // Waits for the frames still lent to the output: it lets go of them as it converts them.
+        lendingReadBack_->releaseBuffers();
+    } else {
+        readBack_->flush([this, &failure](const FLKPixelBuffer& buffer) {
+            if (!failure) deliver(buffer);
+        });
+        readBack_->releaseBuffers();
+    }
     texture_.reset();
     return failure;
 }
 
 void FLKOffScreenRenderer::finishRenderingOnCommandBuffer(FLKGPUTexture& texture) {
+    FLKStageTimes::CpuScope readingBack(FLKStageTimes::kReadBack);
+    if (lendingReadBack_) {
+        lendingReadBack_->readTexture(texture.name(), texture.width(), texture.height(),
+                                      [this](FLKLentPixels pixels) { lend(std::move(pixels)); });
+        return;
+    }
     readBack_->readTexture(texture.name(), texture.width(), texture.height(),
                            [this](const FLKPixelBuffer& buffer) { deliver(buffer); });
+}
+
+void FLKOffScreenRenderer::lend(FLKLentPixels pixels) {
+    if (auto output = renderOutput_.lock()) output->didRenderToLentPixels(*this, std::move(pixels));
 }
 
 void FLKOffScreenRenderer::deliver(const FLKPixelBuffer& buffer) {

@@ -8,8 +8,11 @@
 #include <thread>
 
 #include "core/platform/FLKFrameByFrameClock.h"
+#include "core/platform/FLKProgressSignal.h"
+#include "core/platform/FLKStageTimes.h"
 #include "core/platform/FLKRect.h"
 #include "core/platform/FLKTimeUpdatable.h"
+#include "core/render/FLKLendingReadBack.h"
 #include "core/render/FLKPixelReadBack.h"
 #include "core/render/FLKRenderOutput.h"
 #include "core/render/FLKRenderer.h"
@@ -62,13 +65,14 @@ public:
     void setRenderOutput(std::weak_ptr<FLKRenderOutput> output) { renderOutput_ = std::move(output); }
     // What the clock drives (the export's timeline copy); a fixed frame source by default.
     void setTimeSource(std::shared_ptr<FLKTimeUpdatable> source);
-    // Overlapped read-back (default on): a frame reaches the output once the next one is queued.
+    // Overlapped read-back (default on): a frame reaches the output once the
+    // next one is queued; an output that takes lent frames gets them without a copy.
     void setPipelinedReadBack(bool pipelined) { pipelinedReadBack_ = pipelined; }
 
     // Starts the run on the render thread and returns at once.
     void renderAllFrames();
     // Asks a running loop to stop after the current frame.
-    void cancel() { cancelled_.store(true); }
+    void cancel();
     // Blocks until the output was told the run finished. Not from the render thread.
     void waitUntilFinished();
     // Why the run ended early, once it has finished.
@@ -91,6 +95,7 @@ private:
     std::optional<FLKError> renderFrames();
     void finishOffScreenRendering(const std::optional<FLKError>& failure);
     void deliver(const FLKPixelBuffer& buffer);
+    void lend(FLKLentPixels pixels);
 
     const FLKRect renderFrame_;
     const unsigned fps_;
@@ -108,6 +113,7 @@ private:
     // Render thread only.
     std::shared_ptr<FLKGPUTexture> texture_;
     std::unique_ptr<FLKPixelReadBack> readBack_;
+    std::unique_ptr<FLKLendingReadBack> lendingReadBack_;  // instead, for an output that takes lent frames
 
     std::atomic<bool> cancelled_{false};
     std::thread renderThread_;  // started once by renderAllFrames(), joined by the destructor
@@ -115,4 +121,6 @@ private:
     std::condition_variable finishedCondition_;
     bool finished_ = false;            // guarded by finishedMutex_
     std::optional<FLKError> failure_;  // guarded by finishedMutex_
+    // What the render thread waits on while the time source refuses a time; a cancel notifies it too.
+    std::shared_ptr<FLKProgressSignal> progressSignal_;  // guarded by finishedMutex_
 };

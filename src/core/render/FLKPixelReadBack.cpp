@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "core/platform/FLKStageTimes.h"
+
 void FLKPixelReadBack::createBuffersWithWidth(int width, int height) {
     if (pixelBuffer_.width == width && pixelBuffer_.height == height) return;
     pixelBuffer_ = FLKPixelBuffer(width, height);
@@ -50,6 +52,7 @@ void FLKPixelReadBack::deliverQueued(const Deliver& deliver) {
     const int slot = next_;
     auto fence = static_cast<GLsync>(fences_[slot]);
     if (fence) {
+        FLKStageTimes::WaitScope waiting(FLKStageTimes::kReadBack, FLKStageTimes::WaitScope::On::input);
         glClientWaitSync(fence, GL_SYNC_FLUSH_COMMANDS_BIT, GL_TIMEOUT_IGNORED);
         glDeleteSync(fence);
         fences_[slot] = nullptr;

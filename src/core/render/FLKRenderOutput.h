@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/platform/FLKError.h"
+#include "core/platform/FLKLentPixels.h"
 #include "core/platform/FLKPixelBuffer.h"
 
 class FLKRenderer;
@@ -12,6 +13,12 @@ class FLKRenderOutput {
 public:
     virtual ~FLKRenderOutput() = default;
     virtual void didRenderToBuffer(FLKRenderer& renderer, const FLKPixelBuffer& pixelBuffer) = 0;
+    // An output that keeps frames a while (queued for an encoder) may take
+    // them where they were read back instead, without a copy: frames then
+    // arrive through didRenderToLentPixels, and the renderer reuses their
+    // memory once the lease is dropped. Asked once, when the run starts.
+    virtual bool takesLentPixels() const { return false; }
+    virtual void didRenderToLentPixels(FLKRenderer& /*renderer*/, FLKLentPixels /*pixels*/) {}
     virtual void didFinishRenderingOffScreen(FLKRenderer&) {}
     // Instead of didFinishRenderingOffScreen when a frame could not be drawn:
     // the frames handed over are not the whole run. By default the run just ends.

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "core/platform/FLKClock.h"
+#include "core/platform/FLKProgressSignal.h"
 #include "core/platform/FLKUniqueIdentifier.h"
 #include "core/scene/FLKScene.h"
 #include "core/scene/FLKTimelineVideoSprite.h"
@@ -14,6 +15,7 @@ FLK_REGISTER_SERIALIZABLE(FLKTimeline);
 FLKTimeline::FLKTimeline(Passkey, std::string identifier, std::weak_ptr<FLKUpdatableTimer> timer)
     : identifier_(std::move(identifier)),
       timer_(std::move(timer)),
+      progressSignal_(std::make_shared<FLKProgressSignal>()),
       readinessChecker_(std::make_shared<FLKTimelineTrackReadinessChecker>()) {}
 
 std::shared_ptr<FLKTimeline> FLKTimeline::timelineWithTimer(std::weak_ptr<FLKUpdatableTimer> timer) {
@@ -191,9 +193,21 @@ void FLKTimeline::loop() {
     play();
 }
 
+void FLKTimeline::setPlaysThrough() {
+    playsThrough_.store(true);
+    for (const auto& track : tracks()) {
+        if (auto video = std::dynamic_pointer_cast<FLKTimelineVideoTrack>(track)) video->setProgressSignal(progressSignal_);
+    }
+}
+
 bool FLKTimeline::update(double time) {
     if (!isPlaying()) return false;
-    if (!readinessChecker_->checkReadinessForTracks(tracks())) return false;
+    if (playsThrough_.load()) {
+        const auto tracks = this->tracks();
+        if (!std::all_of(tracks.begin(), tracks.end(), [](const auto& track) { return track->isReady(); })) return false;
+    } else if (!readinessChecker_->checkReadinessForTracks(tracks())) {
+        return false;
+    }
     if (time < duration()) {
         moveTo(time);
         return true;

@@ -89,6 +89,14 @@ public:
     // From the start, playing.
     void loop();
     bool update(double time) override;
+    // Only a timeline played through has its decoders notify it.
+    std::shared_ptr<FLKProgressSignal> progressSignal() const override {
+        return playsThrough_.load() ? progressSignal_ : nullptr;
+    }
+    // Played once through by a clock that waits (an export): while a track
+    // is not ready the time is refused without pausing, and the tracks'
+    // decoders notify progressSignal() as frames arrive. Before playing.
+    void setPlaysThrough();
 
     // Makes the first track (a new video track when there is none) the
     // provider of the scene's video sprite; a video container without a video
@@ -114,6 +122,8 @@ private:
     std::atomic<double> currentTime_{0};
     std::atomic<bool> isPlaying_{false};
     std::atomic<bool> looping_{false};
+    std::atomic<bool> playsThrough_{false};
+    const std::shared_ptr<FLKProgressSignal> progressSignal_;
     const std::shared_ptr<FLKTimelineTrackReadinessChecker> readinessChecker_;
     std::map<uint64_t, TracksObserver> observers_;  // main thread only
     uint64_t nextObserverToken_ = 1;                // main thread only

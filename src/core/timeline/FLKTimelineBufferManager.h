@@ -4,6 +4,8 @@
 
 #include "core/timeline/FLKVideoBufferSource.h"
 
+class FLKProgressSignal;
+
 // What a video track asks of each of its two buffer managers (one for video
 // clips, one for transitions) as clips come and go and the play head moves.
 class FLKTimelineBufferManager : public FLKVideoBufferSource {
@@ -16,4 +18,6 @@ public:
     // Seconds decoded past the frames being shown, for a play-through that
     // never goes back; managers without decoders of their own ignore it.
     virtual void setDecodeAheadTime(double /*seconds*/) {}
+    // Notified by the decoders as frames arrive and reads end.
+    virtual void setProgressSignal(std::shared_ptr<FLKProgressSignal> /*signal*/) {}
 };

@@ -28,6 +28,11 @@ void FLKTimelineVideoBufferManager::createBuffersForClip(const std::shared_ptr<F
     const double width = bufferWidth();
     const auto count = static_cast<int32_t>(std::ceil(static_cast<float>(duration / width)));
     const double aheadTime = decodeAheadTime();
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(mutex_);
+        signal = progressSignal_;
+    }
     Readers readers;
     double start = 0;
     for (int32_t k = 0; k < count; ++k) {
@@ -37,6 +42,7 @@ void FLKTimelineVideoBufferManager::createBuffersForClip(const std::shared_ptr<F
         // which a render thread may hold while it looks a reader up.
         reader->setFilter(FLKBiplanarConverterFilter::filter());
         reader->setDecodeAheadTime(aheadTime);
+        reader->setProgressSignal(signal);
         readers.push_back(std::move(reader));
         start += width;
     }
@@ -261,6 +267,14 @@ void FLKTimelineVideoBufferManager::setDecodeAheadTime(double seconds) {
     decodeAheadTime_ = seconds;
     for (const auto& [url, readers] : assetBuffers_) {
         for (const auto& reader : readers) reader->setDecodeAheadTime(seconds);
+    }
+}
+
+void FLKTimelineVideoBufferManager::setProgressSignal(std::shared_ptr<FLKProgressSignal> signal) {
+    std::lock_guard lock(mutex_);
+    progressSignal_ = signal;
+    for (const auto& [url, readers] : assetBuffers_) {
+        for (const auto& reader : readers) reader->setProgressSignal(signal);
     }
 }
 

@@ -45,6 +45,7 @@ public:
     void setBufferingMarginTime(double seconds) override;
     double decodeAheadTime() const;
     void setDecodeAheadTime(double seconds) override;
+    void setProgressSignal(std::shared_ptr<FLKProgressSignal> signal) override;
     uint64_t maxBackBuffers() const;
     void setMaxBackBuffers(uint64_t count);
 
@@ -79,6 +80,7 @@ private:
     double bufferWidth_ = 5.0;                                     // guarded by mutex_
     double bufferingMarginTime_ = 2.5;                             // guarded by mutex_
     double decodeAheadTime_ = FLKDecodeWindow::kUnlimited;        // guarded by mutex_
+    std::shared_ptr<FLKProgressSignal> progressSignal_;             // guarded by mutex_
     std::map<std::filesystem::path, Readers> assetBuffers_;       // guarded by mutex_
     Readers backBuffers_;                                          // guarded by mutex_; oldest first
     std::shared_ptr<FLKVideoBufferSampleReader> currentBuffer_;    // guarded by mutex_

@@ -63,6 +63,12 @@ void FLKTimelineVideoTrack::setDecodeAheadTime(double seconds) {
     if (managers_.video && showsEachRecordingForward()) managers_.video->setDecodeAheadTime(seconds);
 }
 
+void FLKTimelineVideoTrack::setProgressSignal(const std::shared_ptr<FLKProgressSignal>& signal) {
+    for (const auto& manager : {managers_.video, managers_.transition}) {
+        if (manager) manager->setProgressSignal(signal);
+    }
+}
+
 bool FLKTimelineVideoTrack::showsEachRecordingForward() const {
     auto videoClips = this->videoClips();
     std::sort(videoClips.begin(), videoClips.end(),

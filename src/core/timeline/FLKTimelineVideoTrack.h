@@ -53,6 +53,8 @@ public:
     // one another through it.
     void setDecodeAheadTime(double seconds);
     bool showsEachRecordingForward() const;
+    // Notified as this track's decoders make frames available.
+    void setProgressSignal(const std::shared_ptr<FLKProgressSignal>& signal);
     const BufferManagers& bufferManagers() const { return managers_; }
     // What made this track's managers: a copy of the track gets its own from it.
     const BufferManagersFactory& bufferManagersFactory() const { return managersFactory_; }

@@ -7,6 +7,8 @@
 #include "core/gpu/FLKBiplanarTexture.h"
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKLog.h"
+#include "core/platform/FLKProgressSignal.h"
+#include "core/platform/FLKStageTimes.h"
 #include "core/timeline/FLKVideoClip.h"
 
 namespace {
@@ -73,20 +75,32 @@ void FLKVideoBufferSampleReader::performBuffering(const std::weak_ptr<FLKVideoBu
     const auto started = std::chrono::steady_clock::now();
     double decodedTime = -std::numeric_limits<double>::infinity();
     while (true) {
+        bool hasRoom;
+        {
+            FLKStageTimes::WaitScope waiting(FLKStageTimes::kDecode, FLKStageTimes::WaitScope::On::output);
+            hasRoom = job.window->waitForRoom(job.ticket, decodedTime);
+        }
         // Interrupted, dropped or cancelled: the decoder stops here.
-        auto self = job.window->waitForRoom(job.ticket, decodedTime) ? weakSelf.lock() : nullptr;
+        auto self = hasRoom ? weakSelf.lock() : nullptr;
         if (!self || self->status_.load() == kCancelled) {
             job.reader->cancelReading();
             break;
         }
-        auto frame = job.reader->copyNextSampleBuffer();
+        std::shared_ptr<FLKVideoFrame> frame;
+        {
+            FLKStageTimes::CpuScope decoding(FLKStageTimes::kDecode);
+            frame = job.reader->copyNextSampleBuffer();
+        }
         if (!frame) break;
         decodedTime = frame->presentationTime();
         const float timeStamp = static_cast<float>(frame->presentationTime());
         self->addFrame(frame, job.generation);
         if (!(job.target > timeStamp)) break;
     }
-    if (auto self = weakSelf.lock()) self->finishBuffering(job);
+    if (auto self = weakSelf.lock()) {
+        self->finishBuffering(job);
+        self->notifyProgress();
+    }
     if (job.block) job.block();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - started;
     flk::log("Done Reading to %f in %fs", job.target, elapsed.count());
@@ -114,11 +128,28 @@ void FLKVideoBufferSampleReader::addFrame(const std::shared_ptr<FLKVideoFrame>& 
     }
     auto texture = std::make_shared<FLKBiplanarTexture>(nv12FrameWithFrame(frame),
                                                         static_cast<float>(frame->presentationTime()));
+    {
+        std::lock_guard lock(mutex_);
+        if (generation != generation_) return;
+        if (!textureBuffer_) textureBuffer_ = std::make_shared<FLKTextureBuffer>(kRingSize);
+        textureBuffer_->addTexture(std::move(texture));
+        releaseShownFramesLocked();
+    }
+    notifyProgress();
+}
+
+void FLKVideoBufferSampleReader::setProgressSignal(std::shared_ptr<FLKProgressSignal> signal) {
     std::lock_guard lock(mutex_);
-    if (generation != generation_) return;
-    if (!textureBuffer_) textureBuffer_ = std::make_shared<FLKTextureBuffer>(kRingSize);
-    textureBuffer_->addTexture(std::move(texture));
-    releaseShownFramesLocked();
+    progressSignal_ = std::move(signal);
+}
+
+void FLKVideoBufferSampleReader::notifyProgress() const {
+    std::shared_ptr<FLKProgressSignal> signal;
+    {
+        std::lock_guard lock(mutex_);
+        signal = progressSignal_;
+    }
+    if (signal) signal->notify();
 }
 
 void FLKVideoBufferSampleReader::releaseShownFramesLocked() const {
@@ -130,6 +161,11 @@ void FLKVideoBufferSampleReader::releaseShownFramesLocked() const {
 }
 
 void FLKVideoBufferSampleReader::cancelReading() {
+    stopReading();
+    notifyProgress();
+}
+
+void FLKVideoBufferSampleReader::stopReading() {
     std::shared_ptr<FLKDispatchQueue> queue;
     std::lock_guard lock(mutex_);
     status_.store(kCancelled);
@@ -161,6 +197,7 @@ void FLKVideoBufferSampleReader::reset() {
     }
     if (dropped) {
         forgetUploads();
+        notifyProgress();
     } else {
         cancelReading();
     }
@@ -212,6 +249,7 @@ std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
     }
     // A missing frame answers nothing rather than the filter's last output.
     if (!sample) return nullptr;
+    FLKStageTimes::CpuScope uploading(FLKStageTimes::kUpload);
     std::lock_guard lock(lookupMutex_);
     // Uploaded here on the render thread, where older uploads are dropped too.
     if (!sample->texture()) {

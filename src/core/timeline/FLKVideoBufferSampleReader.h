@@ -18,6 +18,7 @@
 #include "core/timeline/FLKVideoSampleReader.h"
 
 class FLKDispatchQueue;
+class FLKProgressSignal;
 
 // Decodes one segment of an asset's video, in one go on a queue of its own,
 // into a ring of 720 x 720 bi-planar textures kept until reset, and answers
@@ -47,6 +48,8 @@ public:
     // Seconds decoded past the latest lookup, for a timeline played straight
     // through; FLKDecodeWindow::kUnlimited (the default) keeps every frame.
     void setDecodeAheadTime(double seconds) { decodeWindow_->setAheadTime(seconds); }
+    // Notified as frames arrive, when a read ends and when reading stops.
+    void setProgressSignal(std::shared_ptr<FLKProgressSignal> signal);
     // Whether decoding is paused until the frames decoded are looked up.
     bool isWaitingForLookups() const { return decodeWindow_->isJobWaiting(); }
 
@@ -95,6 +98,8 @@ private:
     std::shared_ptr<FLKDispatchQueue> bufferingQueueLocked();
     void rememberUploadLocked(const std::shared_ptr<FLKTexture>& sample);
     void forgetUploads();
+    void notifyProgress() const;
+    void stopReading();
 
     // Frames shown lately keep their upload; older ones drop it, so a segment
     // holds its frames once in memory rather than twice. Two cover a
@@ -118,6 +123,7 @@ private:
     std::shared_ptr<FLKTextureBuffer> textureBuffer_;   // guarded by mutex_, ring contents too
     uint64_t generation_ = 0;  // guarded by mutex_; a job of an older generation no longer writes
     std::shared_ptr<FLKImageFilter> filter_;            // guarded by mutex_
+    std::shared_ptr<FLKProgressSignal> progressSignal_;  // guarded by mutex_
 
     std::mutex lookupMutex_;  // keeps the filter's provider and its output together
     std::deque<std::shared_ptr<FLKTexture>> uploaded_;  // guarded by lookupMutex_; oldest first

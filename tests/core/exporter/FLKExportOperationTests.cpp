@@ -484,3 +484,43 @@ TEST_F(FLKExportQueueTest, ClipsGoingBackInTheirRecordingShowTheirOwnFrames) {
             << "frame " << k << " shows " << *numbers[k];
     }
 }
+
+// The render thread waits on the decoders themselves, not on a readiness poll
+// that only the main queue runs: an export of a recording completes while the
+// main queue stands still (where it did not, this test hangs until CTest's
+// time-out). Every stage's CPU is accounted for on the way.
+TEST_F(FLKExportQueueTest, ARecordingIsExportedWhileTheMainQueueStandsStill) {
+    ASSERT_TRUE(FLKContext::isGPUSupported()) << "no OpenGL 4.5";
+    FLKTimelineVideoBufferManager::installAsTrackBufferManagers();
+    const fs::path recording = folder / "numbered.mp4";
+    FLKSyntheticVideo::Options options;
+    options.frameCount = 30;
+    ASSERT_TRUE(FLKSyntheticVideo::writeVideo(recording.string(), options));
+    const FLKRect frame{0, 0, 320, 240};
+    auto scene = std::make_shared<FLKScene>();
+    scene->setMainCamera(FLKCamera::cameraWithFrame(frame));
+    scene->addChild(FLKVideoContainer::videoContainerWithFrame(frame));
+    auto timeline = FLKTimeline::timelineWithTimer({});
+    auto track = timeline->createVideoTrack();
+    track->addClip(track->createClipWithVideoURL(recording));
+    timeline->mapScene(scene);
+
+    auto operation = FLKExportOperation::operationWithScene(*scene, timeline, FLKExportTypeMP4, folder / "video.mp4",
+                                                            frame, frame.size, 30);
+    operation->execute();
+    operation->waitUntilFinished();
+    FLKTimelineVideoTrack::setBufferManagersFactory({});
+    ASSERT_FALSE(operation->error()) << operation->error()->fullMessage();
+    EXPECT_EQ(flktest::probeMovie(folder / "video.mp4").videoPackets, 30);
+
+    EXPECT_EQ(operation->renderedFrames(), 31u);
+    const auto times = operation->stageTimes();
+    for (int stage = 0; stage < FLKStageTimes::kStageCount; ++stage) {
+        EXPECT_GT(times.cpuNs[stage], 0) << FLKStageTimes::stageName(static_cast<FLKStageTimes::Stage>(stage));
+    }
+    EXPECT_NE(times.report(31, 2).find("bound on 2 cores"), std::string::npos);
+    // The notifications still queued hold the operation: let them go here, not with the queue.
+    bool drained = false;
+    mainQueue->post([&] { drained = true; });
+    mainQueue->runUntil([&] { return drained; });
+}

@@ -13,6 +13,15 @@ public:
         std::lock_guard lock(mutex);
         frames.push_back(buffer);
     }
+    bool takesLentPixels() const override { return lends; }
+    // Copied and handed back at once, as the encoder does once it has converted the frame.
+    void didRenderToLentPixels(FLKRenderer&, FLKLentPixels pixels) override {
+        FLKPixelBuffer copy(pixels.width, pixels.height);
+        copy.stride = pixels.stride;
+        copy.bgra.assign(pixels.bgra, pixels.bgra + size_t(pixels.stride) * pixels.height);
+        std::lock_guard lock(mutex);
+        frames.push_back(std::move(copy));
+    }
     void didFinishRenderingOffScreen(FLKRenderer&) override {
         std::lock_guard lock(mutex);
         finished = true;
@@ -21,6 +30,7 @@ public:
         std::lock_guard lock(mutex);
         failure = error;
     }
+    bool lends = false;  // set before the run
     std::mutex mutex;
     std::vector<FLKPixelBuffer> frames;  // guarded by mutex
     bool finished = false;               // guarded by mutex
@@ -28,10 +38,11 @@ public:
 };
 
 std::shared_ptr<FrameCollector> renderOffScreen(const FLKScene& scene, const FLKRect& frame, unsigned numFrames,
-                                                FLKSize outputSize, bool pipelined) {
+                                                FLKSize outputSize, bool pipelined, bool lends = false) {
     auto renderer = FLKOffScreenRenderer::offScreenRendererWithScene(scene, frame, 30, numFrames, outputSize);
     if (!renderer) return nullptr;
     auto collector = std::make_shared<FrameCollector>();
+    collector->lends = lends;
     renderer->setRenderOutput(collector);
     renderer->setPipelinedReadBack(pipelined);
     renderer->renderAllFrames();
@@ -50,13 +61,14 @@ TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
     scene->addChild(gradientSprite({0, 0, 50, 20}, {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}}));
     auto editorCamera = scene->mainCamera();
 
+    // Copied at once, copied once the next frame is queued, lent where read back (more frames than slots).
     std::vector<FLKPixelBuffer> firstFrames;
-    for (bool pipelined : {false, true}) {
-        auto collector = renderOffScreen(*scene, {0, 0, 50, 20}, 4, {101, 37}, pipelined);
+    for (auto [pipelined, lends] : {std::pair{false, false}, {true, false}, {true, true}}) {
+        auto collector = renderOffScreen(*scene, {0, 0, 50, 20}, 6, {101, 37}, pipelined, lends);
         ASSERT_TRUE(collector);
         std::lock_guard lock(collector->mutex);
         EXPECT_TRUE(collector->finished);
-        ASSERT_EQ(collector->frames.size(), 4u) << "pipelined " << pipelined;
+        ASSERT_EQ(collector->frames.size(), 6u) << "pipelined " << pipelined << " lent " << lends;
         for (const auto& frame : collector->frames) {
             EXPECT_EQ(frame.width, 101);
             EXPECT_EQ(frame.height, 37);
@@ -73,6 +85,7 @@ TEST(FLKOffScreenRendererTest, EveryFrameArrivesWithTightRowsAtTheOutputSize) {
         firstFrames.push_back(frame);
     }
     EXPECT_EQ(firstFrames[0].bgra, firstFrames[1].bgra);
+    EXPECT_EQ(firstFrames[0].bgra, firstFrames[2].bgra);
     EXPECT_EQ(scene->mainCamera(), editorCamera);
 }
 
