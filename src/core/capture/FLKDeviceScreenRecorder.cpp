@@ -146,7 +146,10 @@ void FLKDeviceScreenRecorder::captureOutput(const FLKCapturedFrame& frame) {
         if (recordingWriter_ && !writerFinishing_ && recordingSessionStartTime_ >= 0) recordingWriter_->append(frame);
         return;
     }
-    if (!isOutputtingPreviewBuffers_ && !isRealPicture(*frame.pixels)) return;
+    // Placeholder pictures come from phones and capture cards; a monitor shows
+    // its own pixels, and a dark panel in its corner must not hide it for ever.
+    bool mayBePlaceholder = !device_ || device_->kind() != "display";
+    if (!isOutputtingPreviewBuffers_ && mayBePlaceholder && !isRealPicture(*frame.pixels)) return;
     if (deviceSize_.width == 0 && deviceSize_.height == 0) {
         deviceSize_ = FLKSize{static_cast<double>(frame.pixels->width), static_cast<double>(frame.pixels->height)};
     }
