@@ -56,6 +56,9 @@ int DevicesCommand::run() const {
         return 0;
     }
     auto printer = std::make_shared<Printer>(json_);
+    // Listed before watching: the first line is the whole list, not what the
+    // trackers have heard so far.
+    (void)finder->currentDevices();
     finder->installConnectionHandlers();
     finder->addObserver(printer);
     queue->run();

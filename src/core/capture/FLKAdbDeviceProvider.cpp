@@ -17,9 +17,14 @@ std::vector<std::shared_ptr<FLKDevice>> FLKAdbDeviceProvider::devices() {
         std::lock_guard lock(mutex_);
         entries = tracked_;
     }
-    // While watching, the watcher lists; running adb here could hold the
-    // caller (the UI thread) for seconds while adb starts its server.
-    if (!entries && !watcher_.isRunning()) entries = flk::adb::listDevices();
+    // While watching, only the watcher runs adb: here it could hold the caller
+    // (the UI thread) for seconds while adb starts its server. Until the
+    // tracker's first list, the last listing made before watching stands.
+    if (!watcher_.isRunning()) {
+        entries = flk::adb::listDevices();
+        std::lock_guard lock(mutex_);
+        tracked_ = entries;
+    }
     std::vector<std::shared_ptr<FLKDevice>> devices;
     if (entries) {
         for (const auto& entry : *entries) devices.push_back(std::make_shared<FLKMobileDevice>(entry));

@@ -20,6 +20,6 @@ private:
     void track(FLKWatcherThread& thread, const std::function<void()>& changed);
 
     std::mutex mutex_;
-    std::optional<std::vector<FLKAdbDeviceEntry>> tracked_;  // guarded by mutex_; the last block's list
+    std::optional<std::vector<FLKAdbDeviceEntry>> tracked_;  // guarded by mutex_; the tracker's last list, or the last listing
     FLKWatcherThread watcher_;
 };
