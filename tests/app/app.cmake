@@ -10,7 +10,7 @@ function(flk_add_app_test name source)
   add_dependencies(${name} flk_content)
   target_compile_definitions(${name} PRIVATE FLK_TEST_ARTIFACTS="${CMAKE_SOURCE_DIR}/build/test-artifacts"
     FLK_TEST_RESOURCES="${CMAKE_BINARY_DIR}/share/flickwell")
-  add_test(NAME ${name} COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:${name}>)
+  add_test(NAME ${name} COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24 -noreset" $<TARGET_FILE:${name}>)
   # EGL picks its platform from Qt's display here; LeakSanitizer ignores only
   # what Mesa, Qt and fontconfig keep until exit.
   # xvfb-run -a picks a free display racily: one virtual display at a time.
