@@ -2,6 +2,7 @@
 
 #include "core/media/FLKFrameScaler.h"
 #include "core/media/FLKVideoDecoder.h"
+#include "core/platform/FLKFreedMemory.h"
 
 extern "C" {
 #include <libswscale/swscale.h>
@@ -53,6 +54,8 @@ bool FLKAssetReader::startReading() {
     }
     scaler_ = std::make_unique<FLKFrameScaler>(outputWidth_, outputHeight_, AV_PIX_FMT_NV12, SWS_FAST_BILINEAR);
     scaler_->setOrientation(decoder_->orientation());
+    // A segment keeps every frame it decodes until the segment is dropped.
+    scaler_->setOutputsOwnPages(true);
     FLKAssetReaderStatus expected = FLKAssetReaderStatus::Unknown;
     // A cancel that came in meanwhile wins.
     return status_.compare_exchange_strong(expected, FLKAssetReaderStatus::Reading);
@@ -86,6 +89,7 @@ std::shared_ptr<FLKVideoFrame> FLKAssetReader::copyNextSampleBuffer() {
 void FLKAssetReader::finishReading() {
     decoder_.reset();
     scaler_.reset();
+    flk::giveFreedMemoryBack();
     FLKAssetReaderStatus expected = FLKAssetReaderStatus::Reading;
     status_.compare_exchange_strong(expected, FLKAssetReaderStatus::Completed);
 }

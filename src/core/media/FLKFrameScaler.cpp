@@ -1,8 +1,11 @@
 #include "core/media/FLKFrameScaler.h"
 
+#include <sys/mman.h>
+
 #include <array>
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
@@ -32,6 +35,34 @@ AVColorSpace resolvedColorspace(const AVFrame* frame) {
 bool isRGB(AVPixelFormat format) {
     const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
     return descriptor && (descriptor->flags & AV_PIX_FMT_FLAG_RGB);
+}
+
+void unmapPages(void* size, uint8_t* data) { munmap(data, reinterpret_cast<size_t>(size)); }
+
+// Rows as long as the picture, rounded up to 16 bytes for swscale's vector
+// code, with a tail for the widest vector store past the last row; in an
+// anonymous mapping of its own.
+bool allocateOwnPages(AVFrame& frame) {
+    const auto format = static_cast<AVPixelFormat>(frame.format);
+    constexpr int kAlign = 16;
+    constexpr size_t kTail = 64;
+    if (av_image_fill_linesizes(frame.linesize, format, frame.width) < 0) return false;
+    for (int& linesize : frame.linesize) linesize = FFALIGN(linesize, kAlign);
+    std::array<ptrdiff_t, 4> linesizes{};
+    for (size_t plane = 0; plane < linesizes.size(); ++plane) linesizes[plane] = frame.linesize[plane];
+    std::array<size_t, 4> planeSizes{};
+    if (av_image_fill_plane_sizes(planeSizes.data(), format, frame.height, linesizes.data()) < 0) return false;
+    size_t size = kTail;
+    for (size_t planeSize : planeSizes) size += planeSize;
+    void* pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED) return false;
+    auto* data = static_cast<uint8_t*>(pages);
+    frame.buf[0] = av_buffer_create(data, size, unmapPages, reinterpret_cast<void*>(size), 0);
+    if (!frame.buf[0]) {
+        munmap(pages, size);
+        return false;
+    }
+    return av_image_fill_pointers(frame.data, format, frame.height, data, frame.linesize) >= 0;
 }
 
 }  // namespace
@@ -70,7 +101,7 @@ flk::media::Frame FLKFrameScaler::turned(const AVFrame& stored) const {
     output->width = orientation_.swapsSides() ? stored.height : stored.width;
     output->height = orientation_.swapsSides() ? stored.width : stored.height;
     output->format = format;
-    if (av_frame_get_buffer(output.get(), 0) < 0 || av_frame_copy_props(output.get(), &stored) < 0) return nullptr;
+    if (!allocateBuffer(*output) || av_frame_copy_props(output.get(), &stored) < 0) return nullptr;
     const int planes = av_pix_fmt_count_planes(format);
     for (int plane = 0; plane < planes; ++plane) {
         int bytesPerPixel = 0;
@@ -86,6 +117,10 @@ flk::media::Frame FLKFrameScaler::turned(const AVFrame& stored) const {
                                output->linesize[plane], bytesPerPixel);
     }
     return output;
+}
+
+bool FLKFrameScaler::allocateBuffer(AVFrame& frame) const {
+    return outputsOwnPages_ ? allocateOwnPages(frame) : av_frame_get_buffer(&frame, 0) >= 0;
 }
 
 flk::media::Frame FLKFrameScaler::scaleTo(const AVFrame* source, int outputWidth, int outputHeight) {
@@ -115,7 +150,7 @@ flk::media::Frame FLKFrameScaler::scaleTo(const AVFrame* source, int outputWidth
     output->width = outputWidth;
     output->height = outputHeight;
     output->format = outputFormat_;
-    if (av_frame_get_buffer(output.get(), 0) < 0) return nullptr;
+    if (!allocateBuffer(*output)) return nullptr;
     if (sws_scale(context_, source->data, source->linesize, 0, source->height, output->data, output->linesize) <= 0)
         return nullptr;
     if (!outputRGB) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <thread>
 
 namespace {
 constexpr double kTimeEpsilon = 1e-6;
@@ -42,7 +43,9 @@ std::unique_ptr<FLKVideoDecoder> FLKVideoDecoder::open(const std::string& path, 
         return nullptr;
     }
     context->pkt_timebase = stream->time_base;
-    context->thread_count = kFrameThreads && threading == Threading::Frames ? 0 : 1;  // 0: one per core
+    // One per core: FFmpeg's own choice, one more, holds one more context and its frames.
+    const int cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+    context->thread_count = kFrameThreads && threading == Threading::Frames ? cores : 1;
     context->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
     int status = avcodec_open2(context, codec, nullptr);
     if (status < 0) {

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "core/platform/FLKDispatchQueue.h"
+#include "core/platform/FLKFreedMemory.h"
 #include "core/platform/FLKMainQueue.h"
 
 namespace {
@@ -89,6 +90,10 @@ void FLKVideoClipStaticFramesGrabber::generateImages(const std::vector<double>& 
         if (abandoned_.load()) return;
         imageGenerator_->generateImagesForTimes({time}, deliver);
     }
+    // Its decoder holds tens of megabytes of reference frames, and the next
+    // batch (another zoom, another clip length) may be minutes away.
+    imageGenerator_.reset();
+    flk::giveFreedMemoryBack();
 }
 
 FLKVideoClipStaticFramesGrabber::Frames FLKVideoClipStaticFramesGrabber::grabbedFramesFromTime(
