@@ -1,19 +1,9 @@
 #include "core/exporter/FLKExportQueue.h"
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKThreadPriority.h"
 #include "core/platform/FLKUserFeedback.h"
 
-namespace {
-// Exports yield to the editor; threads the export starts (renderer, encoder) inherit this.
-void lowerPriorityOfCurrentThread() {
-    const auto thread = static_cast<id_t>(::syscall(SYS_gettid));
-    ::setpriority(PRIO_PROCESS, thread, 10);
-}
-}  // namespace
 
 std::shared_ptr<FLKExportQueue> FLKExportQueue::make() {
     auto queue = std::make_shared<FLKExportQueue>(Passkey{});
@@ -28,7 +18,8 @@ std::shared_ptr<FLKExportQueue> FLKExportQueue::sharedQueue() {
 
 FLKExportQueue::FLKExportQueue(Passkey)
     : exportQueue_(std::make_unique<FLKDispatchQueue>("org.flickwell.Flickwell.FLKExportQueue.exportQueue")) {
-    exportQueue_->async(lowerPriorityOfCurrentThread);
+    // Exports yield to the editor; the threads an export starts (renderer, encoder) inherit this.
+    exportQueue_->async(flk::lowerCurrentThreadPriority);
 }
 
 FLKExportQueue::~FLKExportQueue() { exportQueue_.reset(); }

@@ -1,16 +1,13 @@
 #include "core/timeline/FLKVideoClipStaticFramesGrabber.h"
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <cmath>
 
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKFreedMemory.h"
 #include "core/platform/FLKMainQueue.h"
+#include "core/platform/FLKThreadPriority.h"
 
 namespace {
-constexpr int kThumbnailNiceness = 10;
 // Seconds rounded to a whole number of ticks of `timescale` a second.
 double timeWithTimescale(double seconds, int32_t timescale) {
     return timescale > 0 ? std::round(seconds * timescale) / timescale : seconds;
@@ -71,7 +68,7 @@ void FLKVideoClipStaticFramesGrabber::generateImages(const std::vector<double>& 
     if (!imageGenerator_) {
         // Thumbnails can wait; the decoding of playback cannot. Set before the
         // decoder exists, so its own threads start at this priority too.
-        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kThumbnailNiceness);
+        flk::lowerCurrentThreadPriority();
         imageGenerator_ = std::make_unique<FLKAssetImageGenerator>(videoClip_->asset());
         imageGenerator_->setDraft(true);
     }
