@@ -101,15 +101,19 @@ void FLKSceneView::setPreviewRate(unsigned fps) {
 void FLKSceneView::applyPerformanceSettings(const FLKPerformanceSettings& settings) {
     setPreviewRate(settings.fps());
     const unsigned samples = std::max(1u, settings.msaaSampleCount());
-    if (samples == sampleCount_ && settings.fixedResolution() == fixedResolution_) return;
+    const unsigned videoMode = settings.videoRenderingSettings();
+    if (samples == sampleCount_ && settings.fixedResolution() == fixedResolution_ && videoMode == videoRenderingMode_)
+        return;
     sampleCount_ = samples;
     fixedResolution_ = settings.fixedResolution();
+    videoRenderingMode_ = videoMode;
     applySamplesToRenderer();
     update();
 }
 
 void FLKSceneView::applySamplesToRenderer() {
     if (!renderer_) return;
+    context_->setVideoRenderingMode(videoRenderingMode_);
     renderer_->setAntialiasing(sampleCount_ > 1 ? FLKRenderer::Antialiasing::multisample
                                                 : FLKRenderer::Antialiasing::analyticCoverage);
     // Frames analytic coverage cannot draw are drawn with one sample too.

@@ -111,6 +111,7 @@ private:
     QTimer frameTimer_;
     bool paused_ = false;
     unsigned sampleCount_ = 1;
+    unsigned videoRenderingMode_ = 1;
     bool fixedResolution_ = false;
     // The play head and video state of the last frame drawn.
     double drawnTime_ = -1;

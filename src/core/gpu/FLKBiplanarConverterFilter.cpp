@@ -2,25 +2,11 @@
 
 #include <epoxy/gl.h>
 
+#include "core/gpu/FLKYCbCrColorimetry.h"
+
 namespace {
 constexpr const char* kFunctionName = "yCbCrColorConversion";
 constexpr GLuint kChromaTextureUnit = 2;
-constexpr GLuint kColorimetryBinding = 0;
-
-// std140 block of the kernel: the luma weights of red and blue, then the range.
-struct Colorimetry {
-    float kr;
-    float kb;
-    float fullRange;
-    float reserved;
-};
-
-Colorimetry colorimetry(FLKColorMatrix matrix, FLKColorRange range) {
-    Colorimetry values{0.2126f, 0.0722f, 0.0f, 0.0f};
-    if (matrix == FLKColorMatrix::BT601) values.kr = 0.299f, values.kb = 0.114f;
-    if (range == FLKColorRange::Full) values.fullRange = 1.0f;
-    return values;
-}
 }  // namespace
 
 FLK_REGISTER_SERIALIZABLE(FLKBiplanarConverterFilter);
@@ -88,8 +74,8 @@ bool FLKBiplanarConverterFilter::setTextures(FLKTextureProvider& provider, FLKGP
 }
 
 void FLKBiplanarConverterFilter::setBuffers() {
-    Colorimetry values = colorimetry(colorMatrix_, colorRange_);
+    const auto values = FLKYCbCrColorimetry::of(colorMatrix_, colorRange_);
     if (!uniformBuffer_) glCreateBuffers(1, &uniformBuffer_);
     glNamedBufferData(uniformBuffer_, sizeof values, &values, GL_DYNAMIC_DRAW);
-    glBindBufferBase(GL_UNIFORM_BUFFER, kColorimetryBinding, uniformBuffer_);
+    glBindBufferBase(GL_UNIFORM_BUFFER, FLKYCbCrColorimetry::kBinding, uniformBuffer_);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -77,6 +78,14 @@ public:
     FLKPoint gpuPointForPoint(FLKPoint p) const;
     FLKRect gpuRectForRect(FLKRect r) const;
 
+    // How draws on this context show video frames: 1 (the default) converts
+    // each frame to RGBA once, in a compute pass that exports rely on bit for
+    // bit; 2 samples the frame's luma and chroma planes in the draw itself,
+    // which spares the pass and the wait for it on software rasterisers.
+    unsigned videoRenderingMode() const { return videoRenderingMode_.load(); }
+    void setVideoRenderingMode(unsigned mode) { videoRenderingMode_.store(mode); }
+    bool drawsVideoPlanes() const { return videoRenderingMode() == 2; }
+
     // The default sampler (linear, clamp to edge), a shared GL object made
     // on first use; call inside a Scope.
     unsigned int samplerState();
@@ -108,6 +117,8 @@ private:
     std::string versionString_;       // written while constructing only
     std::function<bool()> externalMakeCurrent_;
     std::function<void()> externalDoneCurrent_;
+
+    std::atomic<unsigned> videoRenderingMode_{1};  // any thread
 
     mutable std::mutex sizeMutex_;
     FLKSize size_{720, 720};  // guarded by sizeMutex_

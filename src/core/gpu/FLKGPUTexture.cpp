@@ -254,3 +254,13 @@ void FLKGPUTexture::setChromaPlane(std::shared_ptr<FLKGPUTexture> chroma) {
     std::lock_guard lock(chromaMutex_);
     chroma_ = std::move(chroma);
 }
+
+FLKYCbCrColorimetry FLKGPUTexture::colorimetry() const {
+    std::lock_guard lock(chromaMutex_);
+    return colorimetry_;
+}
+
+void FLKGPUTexture::setColorimetry(FLKColorMatrix matrix, FLKColorRange range) {
+    std::lock_guard lock(chromaMutex_);
+    colorimetry_ = FLKYCbCrColorimetry::of(matrix, range);
+}

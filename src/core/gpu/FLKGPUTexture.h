@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "core/gpu/FLKYCbCrColorimetry.h"
 #include "core/platform/FLKImage.h"
 
 // Pixel formats of textures. BGRA8 is stored as RGBA8 in GL and uploaded and
@@ -49,6 +50,10 @@ public:
     // binds this beside it for the YUV pipelines. Null for other textures.
     std::shared_ptr<FLKGPUTexture> chromaPlane() const;
     void setChromaPlane(std::shared_ptr<FLKGPUTexture> chroma);
+    // How this luma plane and its chroma plane encode colour (BT.709,
+    // limited range unless set), for draws that sample the planes directly.
+    FLKYCbCrColorimetry colorimetry() const;
+    void setColorimetry(FLKColorMatrix matrix, FLKColorRange range);
 
     // A rectangle of texels, in texel coordinates of the whole texture, that
     // are all zero (transparent black); found when pixels given at
@@ -93,6 +98,7 @@ private:
     bool opaque_ = false;                       // guarded by mutex_
     mutable std::mutex chromaMutex_;
     std::shared_ptr<FLKGPUTexture> chroma_;  // guarded by chromaMutex_
+    FLKYCbCrColorimetry colorimetry_;         // guarded by chromaMutex_
 };
 
 namespace flk {

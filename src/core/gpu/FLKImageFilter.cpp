@@ -15,8 +15,10 @@ constexpr int kGroupSide = 8;
 GLuint compileComputeProgram(const std::string& functionName) {
     const auto* function = FLKShaderLibrary::functionWithName(functionName);
     if (!function || function->stage != FLKShaderLibrary::Stage::compute) return 0;
+    const std::string source = FLKShaderLibrary::expandedSource(*function);
+    const char* text = source.c_str();
     GLuint shader = glCreateShader(GL_COMPUTE_SHADER);
-    glShaderSource(shader, 1, &function->source, nullptr);
+    glShaderSource(shader, 1, &text, nullptr);
     glCompileShader(shader);
     GLint ok = GL_FALSE;
     glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);

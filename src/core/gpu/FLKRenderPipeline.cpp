@@ -8,6 +8,7 @@
 #include "core/gpu/FLKGPUBuffer.h"
 #include "core/gpu/FLKGPUTexture.h"
 #include "core/gpu/FLKShaderLibrary.h"
+#include "core/gpu/FLKYCbCrColorimetry.h"
 
 namespace {
 constexpr const char* kErrorDomain = "FLKRenderPipelineErrorDomain";
@@ -34,7 +35,7 @@ GLuint compile(const FLKShaderLibrary::Function& function, FLKError* error, cons
     GLenum type = function.stage == FLKShaderLibrary::Stage::vertex     ? GL_VERTEX_SHADER
                   : function.stage == FLKShaderLibrary::Stage::fragment ? GL_FRAGMENT_SHADER
                                                                         : GL_COMPUTE_SHADER;
-    std::string source = function.source;
+    std::string source = FLKShaderLibrary::expandedSource(function);
     if (prelude) {
         // After the #version line, which must come first.
         size_t lineEnd = source.find('\n');
@@ -166,6 +167,10 @@ void FLKRenderPipeline::setVertexBuffer(FLKGPUBuffer& buffer) const {
 
 void FLKRenderPipeline::setCameraUniformBuffer(FLKGPUBuffer& buffer) {
     glBindBufferBase(GL_UNIFORM_BUFFER, kFLKCameraUniformBinding, buffer.name());
+}
+
+void FLKRenderPipeline::setColorimetryUniformBuffer(FLKGPUBuffer& buffer) {
+    glBindBufferBase(GL_UNIFORM_BUFFER, FLKYCbCrColorimetry::kBinding, buffer.name());
 }
 
 void FLKRenderPipeline::setFragmentTexture(FLKGPUTexture& texture, unsigned unit) {

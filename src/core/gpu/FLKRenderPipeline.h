@@ -54,6 +54,8 @@ public:
     // a x + b y + c >= 0 inside and (a, b) of unit length. Analytic coverage only.
     void setCoverageEdges(const std::array<float, 16>& edges) const;
     static void setCameraUniformBuffer(FLKGPUBuffer& buffer);
+    // The colorimetry of the frame planes the YUV pipelines sample.
+    static void setColorimetryUniformBuffer(FLKGPUBuffer& buffer);
     static void setFragmentTexture(FLKGPUTexture& texture, unsigned unit);
     static void setFragmentSampler(unsigned int sampler, unsigned unit);
     // Triangles with 16-bit indices: length / 2 of them.

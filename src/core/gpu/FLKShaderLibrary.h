@@ -16,5 +16,8 @@ struct Function {
 
 // Null when there is no function of that name.
 const Function* functionWithName(const std::string& name);
+// The function's source with every line "#pragma include NAME" replaced by
+// the source of the library function NAME: GLSL shared between shaders.
+std::string expandedSource(const Function& function);
 std::vector<std::string> functionNames();
 }  // namespace FLKShaderLibrary

@@ -257,12 +257,22 @@ void FLKRenderer::bindTextures(const DrawItem& item) {
         if (auto chroma = item.texture->chromaPlane()) {
             FLKRenderPipeline::setFragmentTexture(*chroma, kFLKChromaTextureUnit);
             FLKRenderPipeline::setFragmentSampler(context_->samplerState(), kFLKChromaTextureUnit);
+            bindColorimetry(item.texture->colorimetry());
         }
     }
     if (item.maskTexture) {
         FLKRenderPipeline::setFragmentTexture(*item.maskTexture, kFLKMaskTextureUnit);
         FLKRenderPipeline::setFragmentSampler(context_->samplerState(), kFLKMaskTextureUnit);
     }
+}
+
+void FLKRenderer::bindColorimetry(const FLKYCbCrColorimetry& colorimetry) {
+    if (!colorimetryUniformBuffer_) {
+        colorimetryUniformBuffer_ = std::make_unique<FLKGPUBuffer>(&colorimetry, sizeof colorimetry);
+    } else {
+        colorimetryUniformBuffer_->setContents(&colorimetry, sizeof colorimetry);
+    }
+    FLKRenderPipeline::setColorimetryUniformBuffer(*colorimetryUniformBuffer_);
 }
 
 void FLKRenderer::drawItem(const DrawItem& item) {

@@ -11,6 +11,7 @@
 #include "core/gpu/FLKContext.h"
 #include "core/gpu/FLKGPUBuffer.h"
 #include "core/gpu/FLKRenderPipelineFactory.h"
+#include "core/gpu/FLKYCbCrColorimetry.h"
 #include "core/render/FLKCoverageGeometryCache.h"
 #include "core/render/FLKCoverageQuad.h"
 #include "core/render/FLKMultisampleTarget.h"
@@ -111,6 +112,7 @@ private:
     bool drawMultisampled(const std::vector<DrawItem>& items, FLKGPUTexture& framebufferTexture);
     void drawWithAnalyticCoverage(const std::vector<DrawItem>& items, FLKGPUTexture& framebufferTexture);
     void bindTextures(const DrawItem& item);
+    void bindColorimetry(const FLKYCbCrColorimetry& colorimetry);
     void drawItem(const DrawItem& item);
     void drawItemWithAnalyticCoverage(const DrawItem& item);
 
@@ -129,6 +131,7 @@ private:
     std::unique_ptr<FLKRenderPipelineFactory> pipelineFactory_;
     std::unique_ptr<FLKMultisampleTarget> multisampleTexture_;
     std::unique_ptr<FLKGPUBuffer> cameraUniformBuffer_;
+    std::unique_ptr<FLKGPUBuffer> colorimetryUniformBuffer_;
     FLKQuadGeometryCache quadGeometry_;
     FLKCoverageGeometryCache coverageGeometry_;
     unsigned int directFramebuffer_ = 0;  // draws analytic frames into the framebuffer texture

@@ -241,7 +241,7 @@ std::shared_ptr<FLKVideoSampleReader> FLKTimelineVideoTrack::readerAtTime(
 std::shared_ptr<FLKGPUTexture> FLKTimelineVideoTrack::textureAtTime(double t) const {
     std::shared_ptr<FLKTimelineClip> clip;
     auto reader = readerAtTime(t, &clip);
-    return reader ? reader->textureForClip(clip, t) : nullptr;
+    return reader ? reader->displayTextureForClip(clip, t) : nullptr;
 }
 
 bool FLKTimelineVideoTrack::hasTextureAtTime(double t) const {

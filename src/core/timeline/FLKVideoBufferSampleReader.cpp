@@ -5,6 +5,7 @@
 
 #include "core/gpu/FLKBiplanarConverterFilter.h"
 #include "core/gpu/FLKBiplanarTexture.h"
+#include "core/gpu/FLKContext.h"
 #include "core/platform/FLKDispatchQueue.h"
 #include "core/platform/FLKLog.h"
 #include "core/platform/FLKProgressSignal.h"
@@ -241,6 +242,17 @@ bool FLKVideoBufferSampleReader::hasTextureForClip(const std::shared_ptr<FLKTime
 
 std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
     const std::shared_ptr<FLKTimelineClip>& clip, double t) {
+    return frameTexture(clip, t, false);
+}
+
+std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::displayTextureForClip(
+    const std::shared_ptr<FLKTimelineClip>& clip, double t) {
+    const FLKContext* context = FLKContext::current();
+    return frameTexture(clip, t, context && context->drawsVideoPlanes());
+}
+
+std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::frameTexture(const std::shared_ptr<FLKTimelineClip>& clip,
+                                                                        double t, bool planes) {
     auto sample = sampleTextureForClip(clip, t, true);
     auto imageFilter = filter();
     if (imageFilter && !sample) {
@@ -255,6 +267,11 @@ std::shared_ptr<FLKGPUTexture> FLKVideoBufferSampleReader::textureForClip(
     if (!sample->texture()) {
         sample->refreshTexture();
         rememberUploadLocked(sample);
+    }
+    if (planes) {
+        auto luma = sample->texture();
+        if (luma && hasColorimetry_.load()) luma->setColorimetry(colorMatrix_.load(), colorRange_.load());
+        return luma;
     }
     if (!imageFilter) return sample->texture();
 

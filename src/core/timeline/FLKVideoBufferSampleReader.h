@@ -54,6 +54,8 @@ public:
     bool isWaitingForLookups() const { return decodeWindow_->isJobWaiting(); }
 
     std::shared_ptr<FLKGPUTexture> textureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
+    std::shared_ptr<FLKGPUTexture> displayTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip,
+                                                         double t) override;
     bool hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) override;
     // The decoded frame (before filtering) shown for the clip at timeline time t.
     std::shared_ptr<FLKTexture> sampleTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t,
@@ -78,6 +80,7 @@ public:
     void setFilter(std::shared_ptr<FLKImageFilter> filter);
 
 private:
+    std::shared_ptr<FLKGPUTexture> frameTexture(const std::shared_ptr<FLKTimelineClip>& clip, double t, bool planes);
     struct BufferingJob {
         double target;
         FinishedBlock block;

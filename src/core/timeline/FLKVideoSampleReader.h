@@ -15,7 +15,13 @@ public:
 
     virtual ~FLKVideoSampleReader() = default;
     virtual uint64_t status() const = 0;
-    // The frame for the clip at timeline time t, or nullptr.
+    // The frame for the clip at timeline time t as RGBA, or nullptr.
     virtual std::shared_ptr<FLKGPUTexture> textureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) = 0;
+    // The frame a track draws: may be the frame's planes (a luma texture with
+    // its chroma plane) where the current context draws video planes itself.
+    virtual std::shared_ptr<FLKGPUTexture> displayTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip,
+                                                                 double t) {
+        return textureForClip(clip, t);
+    }
     virtual bool hasTextureForClip(const std::shared_ptr<FLKTimelineClip>& clip, double t) = 0;
 };

@@ -53,6 +53,8 @@ protected:
         glClear(GL_COLOR_BUFFER_BIT);
         auto matrix = cameraMatrix(kSize, kSize);
         camera = std::make_unique<FLKGPUBuffer>(matrix.data(), sizeof matrix);
+        const FLKYCbCrColorimetry bt709Limited;
+        colorimetry = std::make_unique<FLKGPUBuffer>(&bt709Limited, sizeof bt709Limited);
     }
     void TearDown() override {
         glBindFramebuffer(GL_FRAMEBUFFER, 0);
@@ -75,6 +77,7 @@ protected:
         }
         pipeline->setVertexBuffer(vertexBuffer);
         FLKRenderPipeline::setCameraUniformBuffer(*camera);
+        FLKRenderPipeline::setColorimetryUniformBuffer(*colorimetry);
         pipeline->drawIndexed(indexBuffer);
         ASSERT_EQ(glGetError(), GLenum(GL_NO_ERROR));
     }
@@ -90,6 +93,7 @@ protected:
     std::unique_ptr<FLKRenderPipelineFactory> factory;
     std::shared_ptr<FLKGPUTexture> target;
     std::unique_ptr<FLKGPUBuffer> camera;
+    std::unique_ptr<FLKGPUBuffer> colorimetry;
     GLuint framebuffer = 0;
 };
 

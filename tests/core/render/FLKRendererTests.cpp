@@ -107,8 +107,9 @@ TEST_F(FLKRendererTest, MaskedPipelineMultipliesByTheMaskAlpha) {
     EXPECT_EQ(channelDifference(image, 58, 30, kWhiteRGBA), 0);
 }
 
-TEST_F(FLKRendererTest, NV12FramesDrawThroughTheYUVPipelineWithTheirChromaPlane) {
-    // A flat NV12 frame, BT.709 limited range.
+// Drawn from its planes, a frame shows the colours its own matrix and range
+// give: the uniforms of the colorimetry reach the draw.
+TEST_F(FLKRendererTest, NV12FramesDrawThroughTheYUVPipelineInTheirOwnColorimetry) {
     const uint8_t y = 120, cb = 100, cr = 160;
     auto planes = std::make_shared<std::vector<uint8_t>>(16 * 16 + 16 * 8, y);
     for (size_t i = 16 * 16; i < planes->size(); i += 2) {
@@ -129,13 +130,26 @@ TEST_F(FLKRendererTest, NV12FramesDrawThroughTheYUVPipelineWithTheirChromaPlane)
     EXPECT_EQ(sprite->pipelineName(), FLKPipelineNameVertexFragmentTexturedYUV);
     auto scene = sceneWithCameraFrame({0, 0, 64, 64});
     scene->addChild(sprite);
-    FLKImage image = target->renderScene(*renderer, scene);
-    auto channel = [](double v) { return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 255.0))); };
-    double luminance = 1.164383 * (y - 16);
-    const uint8_t expected[4] = {channel(luminance + 1.792741 * (cr - 128)),
-                                 channel(luminance - 0.213249 * (cb - 128) - 0.532909 * (cr - 128)),
-                                 channel(luminance + 2.112402 * (cb - 128)), 255};
-    EXPECT_LE(channelDifference(image, 32, 32, expected), 3);
+
+    struct Case {
+        FLKColorMatrix matrix;
+        FLKColorRange range;
+        double kr, kb;
+    };
+    for (const Case c : {Case{FLKColorMatrix::BT709, FLKColorRange::Limited, 0.2126, 0.0722},
+                         Case{FLKColorMatrix::BT601, FLKColorRange::Full, 0.299, 0.114}}) {
+        SCOPED_TRACE(c.matrix == FLKColorMatrix::BT709 ? "BT.709 limited" : "BT.601 full");
+        luma->setColorimetry(c.matrix, c.range);
+        FLKImage image = target->renderScene(*renderer, scene);
+        const bool full = c.range == FLKColorRange::Full;
+        const double l = full ? y : (y - 16) * 255.0 / 219, scale = full ? 1.0 : 255.0 / 224;
+        const double u = (cb - 128) * scale, v = (cr - 128) * scale;
+        const double r = l + 2 * (1 - c.kr) * v, b = l + 2 * (1 - c.kb) * u;
+        const double g = (l - c.kr * r - c.kb * b) / (1 - c.kr - c.kb);
+        auto channel = [](double value) { return static_cast<uint8_t>(std::lround(std::clamp(value, 0.0, 255.0))); };
+        const uint8_t expected[4] = {channel(r), channel(g), channel(b), 255};
+        EXPECT_LE(channelDifference(image, 32, 32, expected), 3);
+    }
 }
 
 TEST_F(FLKRendererTest, ResizingTheTargetReplacesTheMultisampleTexture) {

@@ -122,6 +122,44 @@ TEST_F(ReaderFixture, OnlyTheLatestFramesShownKeepTheirUploadAndOlderOnesUploadA
     EXPECT_TRUE(segment->sampleTextureForClip(clip, timeOf(5))->texture());
 }
 
+// A track shows what its drawing context can draw: the converted frame, or
+// the frame's own planes with its colorimetry where the draw converts them.
+// Transitions still get converted frames to mix.
+TEST_F(ReaderFixture, ContextsDrawingVideoPlanesGetTheFramesPlanes) {
+    auto context = FLKContext::sharedContext();
+    ASSERT_TRUE(context->isValid()) << context->errorDescription();
+    FLKContext::Scope scope(*context);
+    struct ModeRestore {
+        FLKContext& context;
+        ~ModeRestore() { context.setVideoRenderingMode(1); }
+    } restore{*context};
+    auto segment = reader(0, 5);
+    auto converter = FLKBiplanarConverterFilter::filter();
+    segment->setFilter(converter);
+    ASSERT_TRUE(segment->readTo(1.0));
+    waitForRead(segment);
+    const double t = 10.5 / 30;
+
+    auto converted = segment->displayTextureForClip(clip, t);
+    ASSERT_TRUE(converted);
+    EXPECT_FALSE(converted->chromaPlane());
+    EXPECT_EQ(numberShownBy(*converted), 10u);
+
+    context->setVideoRenderingMode(2);
+    auto planes = segment->displayTextureForClip(clip, t);
+    ASSERT_TRUE(planes);
+    ASSERT_TRUE(planes->chromaPlane());
+    EXPECT_EQ(planes, segment->sampleTextureForClip(clip, t)->texture());
+    const auto expected = FLKYCbCrColorimetry::of(converter->colorMatrix(), converter->colorRange());
+    EXPECT_EQ(planes->colorimetry().kr, expected.kr);
+    EXPECT_EQ(planes->colorimetry().fullRange, expected.fullRange);
+
+    auto forMixing = segment->textureForClip(clip, t);
+    ASSERT_TRUE(forMixing);
+    EXPECT_FALSE(forMixing->chromaPlane());
+    EXPECT_EQ(numberShownBy(*forMixing), 10u);
+}
+
 // As in an export: the readiness check looks 1.25 s past the play head, then
 // the frame at the play head is shown.
 TEST_F(ReaderFixture, WithADecodeAheadTimeHoldsOnlyTheFramesAboutToBeShown) {
