@@ -4,7 +4,6 @@
 #include "core/platform/FLKThreadPriority.h"
 #include "core/platform/FLKUserFeedback.h"
 
-
 std::shared_ptr<FLKExportQueue> FLKExportQueue::make() {
     auto queue = std::make_shared<FLKExportQueue>(Passkey{});
     queue->observeOperations();
@@ -12,15 +11,18 @@ std::shared_ptr<FLKExportQueue> FLKExportQueue::make() {
 }
 
 std::shared_ptr<FLKExportQueue> FLKExportQueue::sharedQueue() {
-    static const std::shared_ptr<FLKExportQueue> queue = make();
+    static const std::shared_ptr<FLKExportQueue> queue = [] {
+        auto shared = make();
+        // Exports beside the editor yield to it; the threads an export starts
+        // (renderer, encoder) inherit this.
+        shared->exportQueue_->async(flk::lowerCurrentThreadPriority);
+        return shared;
+    }();
     return queue;
 }
 
 FLKExportQueue::FLKExportQueue(Passkey)
-    : exportQueue_(std::make_unique<FLKDispatchQueue>("org.flickwell.Flickwell.FLKExportQueue.exportQueue")) {
-    // Exports yield to the editor; the threads an export starts (renderer, encoder) inherit this.
-    exportQueue_->async(flk::lowerCurrentThreadPriority);
-}
+    : exportQueue_(std::make_unique<FLKDispatchQueue>("org.flickwell.Flickwell.FLKExportQueue.exportQueue")) {}
 
 FLKExportQueue::~FLKExportQueue() { exportQueue_.reset(); }
 

@@ -26,8 +26,11 @@ class FLKExportQueue : public std::enable_shared_from_this<FLKExportQueue> {
     struct Passkey {};
 
 public:
+    // A queue whose exports run at the priority of the thread that made it,
+    // as the command line tool's do: nothing else of ours needs the cores.
     static std::shared_ptr<FLKExportQueue> make();
-    // The process-wide queue the export inspector and the command line tool use.
+    // The process-wide queue of the export inspector: its exports run at a
+    // lower priority, so the editor beside them stays responsive.
     static std::shared_ptr<FLKExportQueue> sharedQueue();
 
     explicit FLKExportQueue(Passkey);
