@@ -107,11 +107,11 @@ void FLKSceneView::applyPerformanceSettings(const FLKPerformanceSettings& settin
     sampleCount_ = samples;
     fixedResolution_ = settings.fixedResolution();
     videoRenderingMode_ = videoMode;
-    applySamplesToRenderer();
+    applySettingsToRenderer();
     update();
 }
 
-void FLKSceneView::applySamplesToRenderer() {
+void FLKSceneView::applySettingsToRenderer() {
     if (!renderer_) return;
     context_->setVideoRenderingMode(videoRenderingMode_);
     renderer_->setAntialiasing(sampleCount_ > 1 ? FLKRenderer::Antialiasing::multisample
@@ -172,7 +172,7 @@ void FLKSceneView::initializeGL() {
     renderer_ = std::make_unique<FLKRenderer>(context_);
     renderer_->setDataSource(target_);
     renderer_->setScene(scene_);
-    applySamplesToRenderer();
+    applySettingsToRenderer();
     glGenFramebuffers(1, &readFramebuffer_);
     // The context goes away before the widget when it is reparented or closed.
     contextDestruction_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {

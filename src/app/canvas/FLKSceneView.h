@@ -99,7 +99,7 @@ private:
     void releaseGL();
     void followPlayHead();
     bool isVideoFramePendingAt(double time) const;
-    void applySamplesToRenderer();
+    void applySettingsToRenderer();
     void renderFrame(QSize frameSize);
     void presentFrame(QSize frameSize, QSize pixelSize);
 
