@@ -87,7 +87,7 @@ int main(int argc, char** argv) {
         FLKSceneView* view = window.sceneView();
         double firstFrame = -1;
         long presented = 0;
-        QObject::connect(view, &QOpenGLWidget::frameSwapped, [&] {
+        QObject::connect(view, &FLKSceneView::framePresented, [&] {
             if (firstFrame < 0) firstFrame = secondsSinceProcessStart();
             ++presented;
         });

@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/canvas/FLKSceneView.h"
 #include "app/shell/FLKApplicationSetup.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/render/FLKRenderOutput.h"
@@ -79,12 +80,13 @@ inline QString artifactPath(const QString& name) {
 // The window's grab is drawn without the canvas's current frame; the
 // canvas's own grab draws it, so it goes on top, and the canvas's child
 // widgets (the tooltip) over that.
-inline bool saveScreenshot(QWidget& window, QOpenGLWidget& canvas, const QString& name) {
+inline bool saveScreenshot(QWidget& window, FLKSceneView& canvas, const QString& name) {
     QPixmap shot = window.grab();
     QPainter painter(&shot);
     painter.drawImage(QRect(canvas.mapTo(&window, QPoint()), canvas.size()), canvas.grabFramebuffer());
     for (QWidget* child : canvas.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
-        if (child->isVisible()) child->render(&painter, canvas.mapTo(&window, child->pos()));
+        // The GL surface is what the canvas's own grab drew.
+        if (child->isVisible() && !qobject_cast<QOpenGLWidget*>(child)) child->render(&painter, canvas.mapTo(&window, child->pos()));
     }
     painter.end();
     return shot.save(artifactPath(name));
@@ -122,6 +124,9 @@ int runTests(int argc, char** argv) {
         return 1;
     }
     pinGLDriver();
+    // The canvas's other way to the screen, which a machine with a GPU takes.
+    if (qEnvironmentVariable("FLK_TEST_CANVAS_PRESENTATION") == "openGL")
+        FLKSceneView::setDefaultPresentation(FLKSceneView::Presentation::openGL);
     int status = 0;
     {
         Tests tests;

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPixmap>
+#include <QOpenGLWidget>
 #include <QTest>
 
 #include <algorithm>
@@ -120,6 +121,12 @@ void AppTests::firstFrameMatchesTheOffScreenRenderer() {
     QCOMPARE(QString::fromStdString(selected->name()), QString("Phone Portrait"));
 
     FLKSceneView* view = window->sceneView();
+    if (view->presentation() == FLKSceneView::Presentation::readBack) {
+        // One GL widget anywhere and Qt composes the whole window in GL again.
+        QVERIFY(window->findChildren<QOpenGLWidget*>().isEmpty());
+    } else {
+        QCOMPARE(window->findChildren<QOpenGLWidget*>().size(), 1);
+    }
     const QImage canvas = view->grabFramebuffer();
     QCOMPARE(canvas.size(), view->size() * view->devicePixelRatio());
 

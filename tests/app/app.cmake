@@ -22,6 +22,12 @@ function(flk_add_app_test name source)
 endfunction()
 
 flk_add_app_test(test_app FLKAppTests.cpp)
+# On llvmpipe the canvas reads its frames back; the same tests again with the
+# canvas shown through OpenGL, as on a GPU.
+add_test(NAME test_app_gl_canvas COMMAND ${FLK_XVFB_RUN} -a -s "-screen 0 1280x1024x24 -noreset" $<TARGET_FILE:test_app>)
+get_test_property(test_app ENVIRONMENT FLK_APP_TEST_ENVIRONMENT)
+set_tests_properties(test_app_gl_canvas PROPERTIES TIMEOUT 300 RESOURCE_LOCK virtual_display ENVIRONMENT
+  "${FLK_APP_TEST_ENVIRONMENT};FLK_TEST_CANVAS_PRESENTATION=openGL")
 # Start-up: fresh installs, the launch sequence and the welcome screen.
 flk_add_app_test(test_app_startup FLKStartupTests.cpp)
 # It also runs the program itself on a driver without OpenGL 4.5, and closes

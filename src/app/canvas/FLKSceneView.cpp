@@ -11,7 +11,9 @@
 
 #include "app/canvas/FLKCanvasOverlay.h"
 #include "app/canvas/FLKInputEvents.h"
+#include "app/canvas/FLKSceneGLSurface.h"
 #include "core/gpu/FLKContext.h"
+#include "core/gpu/FLKGPUTexture.h"
 #include "core/platform/FLKPerformanceSettings.h"
 #include "core/model/FLKSceneModifier.h"
 #include "core/render/FLKRenderer.h"
@@ -29,45 +31,76 @@ struct FLKSceneView::Target : FLKRendererDataSource {
     FLKSize drawableSizeForRenderer(FLKRenderer&) override { return drawableSize; }
 };
 
-FLKSceneView::FLKSceneView(QWidget* parent) : QOpenGLWidget(parent), target_(std::make_shared<Target>()) {
+namespace {
+FLKSceneView::Presentation gDefaultPresentation = FLKSceneView::Presentation::openGL;
+}
+
+void FLKSceneView::setDefaultPresentation(Presentation presentation) { gDefaultPresentation = presentation; }
+
+FLKSceneView::Presentation FLKSceneView::defaultPresentation() { return gDefaultPresentation; }
+
+FLKSceneView::FLKSceneView(QWidget* parent, Presentation presentation)
+    : QWidget(parent), target_(std::make_shared<Target>()) {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    // Opaque: where the scene leaves the frame transparent the canvas is
-    // dark, not the window's background composed through it.
-    setTextureFormat(GL_RGB8);
+    if (presentation == Presentation::openGL) {
+        glSurface_ = new FLKSceneGLSurface(*this);
+    } else {
+        // Every pixel is painted: Qt need not clear the backing store first.
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
     frameTimer_.setTimerType(Qt::PreciseTimer);
     connect(&frameTimer_, &QTimer::timeout, this, &FLKSceneView::followPlayHead);
     applyPerformanceSettings(FLKPerformanceSettings::globalSettings());
 }
 
 FLKSceneView::~FLKSceneView() {
-    // QOpenGLWidget's own destructor destroys the context: this view is gone by then.
-    disconnect(contextDestruction_);
-    if (!renderer_) return;  // never shown, or its context already went
-    makeCurrent();
-    releaseGL();
-    doneCurrent();
+    // The GL surface releases the renderer with its context.
+    delete glSurface_;
+    releaseRenderer();
 }
 
-void FLKSceneView::releaseGL() {
+void FLKSceneView::startRenderer(std::shared_ptr<FLKContext> context) {
+    context_ = std::move(context);
+    FLKContext::Scope scope(*context_);
+    renderer_ = std::make_unique<FLKRenderer>(context_);
+    renderer_->setDataSource(target_);
+    renderer_->setScene(scene_);
+    applySettingsToRenderer();
+}
+
+bool FLKSceneView::startOwnRenderer() {
+    if (renderer_) return true;
+    auto context = FLKContext::contextWithSize({static_cast<double>(width()), static_cast<double>(height())});
+    if (!context || !context->isValid()) return false;
+    startRenderer(std::move(context));
+    return true;
+}
+
+void FLKSceneView::releaseRenderer() {
+    if (!renderer_) return;
     FLKContext::Scope scope(*context_);
     renderer_.reset();
     target_->texture.reset();
     targetHoldsFrame_ = false;
-    if (readFramebuffer_) glDeleteFramebuffers(1, &readFramebuffer_);
-    readFramebuffer_ = 0;
 }
 
 void FLKSceneView::setScene(std::shared_ptr<FLKScene> scene) {
     scene_ = std::move(scene);
     if (renderer_) renderer_->setScene(scene_);
     focusCamera();
-    update();
+    redraw();
+}
+
+void FLKSceneView::redraw() {
+    // A parent's update() leaves an opaque GL child as it is.
+    if (glSurface_) glSurface_->update();
+    else update();
 }
 
 void FLKSceneView::setOverlay(std::shared_ptr<FLKCanvasOverlay> overlay) {
     overlay_ = std::move(overlay);
-    update();
+    redraw();
 }
 
 void FLKSceneView::focusCamera() {
@@ -79,7 +112,7 @@ void FLKSceneView::focusCamera() {
 void FLKSceneView::setTimeline(std::shared_ptr<FLKTimeline> timeline) {
     timeline_ = std::move(timeline);
     drawnTime_ = -1;
-    update();
+    redraw();
 }
 
 void FLKSceneView::setPaused(bool paused) {
@@ -89,7 +122,7 @@ void FLKSceneView::setPaused(bool paused) {
         frameTimer_.stop();
     } else {
         frameTimer_.start();
-        update();
+        redraw();
     }
 }
 
@@ -108,7 +141,7 @@ void FLKSceneView::applyPerformanceSettings(const FLKPerformanceSettings& settin
     fixedResolution_ = settings.fixedResolution();
     videoRenderingMode_ = videoMode;
     applySettingsToRenderer();
-    update();
+    redraw();
 }
 
 void FLKSceneView::applySettingsToRenderer() {
@@ -133,12 +166,12 @@ void FLKSceneView::followPlayHead() {
     if (!timeline_ || !isVisible()) return;
     if (timeline_->isPlaying() || timeline_->currentTime() != drawnTime_) {
         if (timeline_->isPlaying()) emit playHeadFrameDue();
-        return update();
+        return redraw();
     }
     // A still play head whose frame was not decoded yet (the timeline also
     // stops itself while it waits): drawing again before the frame is there
     // would only take the processor from the decoder.
-    if (drawnBeforeVideoFrame_ && !isVideoFramePendingAt(drawnTime_)) update();
+    if (drawnBeforeVideoFrame_ && !isVideoFramePendingAt(drawnTime_)) redraw();
 }
 
 bool FLKSceneView::isVideoFramePendingAt(double time) const {
@@ -158,49 +191,65 @@ QPointF FLKSceneView::widgetPointForScenePoint(FLKPoint point) const {
     return {p.x, p.y};
 }
 
-void FLKSceneView::initializeGL() {
-    initializeOpenGLFunctions();
-    // The renderer's Scope makes the widget's context current again through
-    // Qt, which also binds the widget's framebuffer; leaving it current
-    // afterwards is what Qt expects during paintGL.
-    context_ = FLKContext::adoptCurrentContext({static_cast<double>(width()), static_cast<double>(height())},
-                                               [this] {
-                                                   makeCurrent();
-                                                   return true;
-                                               },
-                                               [] {});
-    renderer_ = std::make_unique<FLKRenderer>(context_);
-    renderer_->setDataSource(target_);
-    renderer_->setScene(scene_);
-    applySettingsToRenderer();
-    glGenFramebuffers(1, &readFramebuffer_);
-    // The context goes away before the widget when it is reparented or closed.
-    contextDestruction_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
-        makeCurrent();
-        releaseGL();
-        doneCurrent();
-    });
-}
-
-void FLKSceneView::resizeGL(int w, int h) {
-    context_->setSize({static_cast<double>(w), static_cast<double>(h)});
+void FLKSceneView::resizeEvent(QResizeEvent* event) {
+    // The GL surface sizes the context it hands the renderer.
+    if (glSurface_) glSurface_->resize(size());
+    else if (context_) context_->setSize({static_cast<double>(width()), static_cast<double>(height())});
     focusCamera();
+    QWidget::resizeEvent(event);
 }
 
-void FLKSceneView::paintGL() {
+FLKGPUTexture* FLKSceneView::drawFrame() {
+    if (!renderer_) return nullptr;
     // Textures made and released here belong to the core's share group: it
-    // must know this context is current.
+    // must know the renderer's context is current.
     FLKContext::Scope scope(*context_);
-    const QSize pixelSize = frameSizeFor(size(), devicePixelRatioF(), false);
-    const QSize frameSize = frameSizeFor(size(), devicePixelRatioF(), fixedResolution_);
-    glClearColor(0, 0, 0, 1);
-    glClear(GL_COLOR_BUFFER_BIT);
+    const QSize frameSize = framePixelSize();
     if (!paused_) renderFrame(frameSize);
-    presentFrame(frameSize, pixelSize);
-    if (overlay_) {
-        QPainter painter(this);
-        overlay_->paint(painter, *this);
+    FLKGPUTexture* frame = target_->texture.get();
+    const bool current = targetHoldsFrame_ && frame && frame->width() == frameSize.width() &&
+                         frame->height() == frameSize.height();
+    return current ? frame : nullptr;
+}
+
+void FLKSceneView::paintOverlay(QPainter& painter) const {
+    if (overlay_) overlay_->paint(painter, *this);
+}
+
+void FLKSceneView::paintEvent(QPaintEvent*) {
+    if (glSurface_) return;  // the surface paints the whole canvas
+    QPainter painter(this);
+    paintReadBack(painter);
+    emit framePresented();
+}
+
+void FLKSceneView::paintReadBack(QPainter& painter) {
+    if (!paused_ && startOwnRenderer()) {
+        if (FLKGPUTexture* frame = drawFrame()) {
+            FLKContext::Scope scope(*context_);
+            const QSize frameSize(frame->width(), frame->height());
+            // BGRA bytes, top row first: QImage's 32-bit layout on this byte order.
+            if (readBackFrame_.size() != frameSize) readBackFrame_ = QImage(frameSize, QImage::Format_RGB32);
+            if (!frame->readPixels(readBackFrame_.bits(), static_cast<size_t>(readBackFrame_.sizeInBytes())))
+                readBackFrame_ = QImage();
+        }
     }
+    if (readBackFrame_.isNull() || readBackFrame_.size() != framePixelSize()) {
+        painter.fillRect(rect(), Qt::black);
+    } else {
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, readBackFrame_.size() != canvasPixelSize());
+        painter.drawImage(QRectF(rect()), readBackFrame_);
+    }
+    paintOverlay(painter);
+}
+
+QImage FLKSceneView::grabFramebuffer() {
+    if (glSurface_) return glSurface_->grabFramebuffer();
+    QImage image(canvasPixelSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(devicePixelRatioF());
+    QPainter painter(&image);
+    paintReadBack(painter);
+    return image;
 }
 
 void FLKSceneView::renderFrame(QSize frameSize) {
@@ -212,7 +261,6 @@ void FLKSceneView::renderFrame(QSize frameSize) {
     }
     target_->drawableSize = {static_cast<double>(width()), static_cast<double>(height())};
     if (!scene_ || !target_->texture) return;
-    // Read before drawing: a frame that arrives meanwhile gets a frame of its own.
     const double time = timeline_ ? timeline_->currentTime() : 0;
     const bool videoPending = timeline_ && isVideoFramePendingAt(time);
     if (!renderer_->render()) return;
@@ -222,32 +270,19 @@ void FLKSceneView::renderFrame(QSize frameSize) {
     ++framesDrawn_;
 }
 
-void FLKSceneView::presentFrame(QSize frameSize, QSize pixelSize) {
-    if (!targetHoldsFrame_ || target_->texture->width() != frameSize.width() ||
-        target_->texture->height() != frameSize.height())
-        return;
-    // The frame's rows run top first; the widget's framebuffer is bottom-up.
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, readFramebuffer_);
-    glFramebufferTexture2D(GL_READ_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, target_->texture->name(), 0);
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, defaultFramebufferObject());
-    glBlitFramebuffer(0, 0, frameSize.width(), frameSize.height(), 0, pixelSize.height(), pixelSize.width(), 0,
-                      GL_COLOR_BUFFER_BIT, frameSize == pixelSize ? GL_NEAREST : GL_LINEAR);
-    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-}
-
 void FLKSceneView::setUserInteractionEnabled(bool enabled) {
     if (userInteractionEnabled_ == enabled) return;
     userInteractionEnabled_ = enabled;
     // Whatever the pointer hovered before is stale either way.
     if (notifier_) notifier_->canvasViewDidReceiveEvent(nullptr, FLKEvent::mouseEvent(FLKEventType::mouseExited, {}));
-    update();
+    redraw();
 }
 
 void FLKSceneView::deliver(const FLKEvent& event) {
     if (!notifier_ || !userInteractionEnabled_) return;
     notifier_->canvasViewDidReceiveEvent(nullptr, event);
     // Any gesture may have changed the model or the widgets.
-    update();
+    redraw();
 }
 
 void FLKSceneView::deliverAt(FLKEvent event, QPointF widgetPoint) {
@@ -277,12 +312,12 @@ void FLKSceneView::mouseReleaseEvent(QMouseEvent* event) {
 void FLKSceneView::enterEvent(QEnterEvent* event) {
     deliver(FLKEvent::mouseEvent(FLKEventType::mouseEntered, scenePointForWidgetPoint(event->position()),
                                  flk::modifierFlags(event->modifiers())));
-    QOpenGLWidget::enterEvent(event);
+    QWidget::enterEvent(event);
 }
 
 void FLKSceneView::leaveEvent(QEvent* event) {
     deliverAt(FLKEvent::mouseEvent(FLKEventType::mouseExited, {}), mapFromGlobal(QCursor::pos()));
-    QOpenGLWidget::leaveEvent(event);
+    QWidget::leaveEvent(event);
 }
 
 void FLKSceneView::wheelEvent(QWheelEvent* event) {
@@ -305,20 +340,20 @@ bool FLKSceneView::event(QEvent* event) {
             return true;
         }
     }
-    return QOpenGLWidget::event(event);
+    return QWidget::event(event);
 }
 
 void FLKSceneView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
         if (notifier_ && userInteractionEnabled_) notifier_->canvasViewDidReceiveCancelOperation(nullptr);
-        update();
+        redraw();
         return;
     }
     if (auto keyEvent = flk::canvasKeyEvent(*event, FLKEventType::keyDown)) {
         deliverAt(*keyEvent, mapFromGlobal(QCursor::pos()));
         return;
     }
-    QOpenGLWidget::keyPressEvent(event);
+    QWidget::keyPressEvent(event);
 }
 
 void FLKSceneView::keyReleaseEvent(QKeyEvent* event) {
@@ -326,5 +361,5 @@ void FLKSceneView::keyReleaseEvent(QKeyEvent* event) {
         deliverAt(*keyEvent, mapFromGlobal(QCursor::pos()));
         return;
     }
-    QOpenGLWidget::keyReleaseEvent(event);
+    QWidget::keyReleaseEvent(event);
 }

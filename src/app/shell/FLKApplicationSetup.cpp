@@ -13,6 +13,7 @@
 #include "app/bridge/FLKQtMainQueue.h"
 #include "app/bridge/FLKQtRefreshSource.h"
 #include "app/bridge/FLKQtUserFeedback.h"
+#include "app/canvas/FLKSceneView.h"
 #include "core/gpu/FLKContext.h"
 #include "core/model/FLKCoreServices.h"
 #include "core/platform/FLKClock.h"
@@ -55,7 +56,10 @@ bool FLKApplicationSetup::bindCore(QObject* application, std::string* reason) {
     if (!FLKContext::isGPUSupported(reason)) return false;
     // Drawn on the processor, 4x multisampling alone costs more than the
     // preview rate leaves; the user can still pick a higher level.
-    if (drawsInSoftware()) FLKPerformanceSettings::globalSettings().setPerformanceLevel(kSoftwarePerformanceLevel);
+    if (drawsInSoftware()) {
+        FLKPerformanceSettings::globalSettings().setPerformanceLevel(kSoftwarePerformanceLevel);
+        FLKSceneView::setDefaultPresentation(FLKSceneView::Presentation::readBack);
+    }
     return true;
 }
 

@@ -18,7 +18,8 @@ public:
     // event loop, and its contexts made on Qt's EGL display, sharing with
     // Qt's global context. False with `reason` set when OpenGL 4.5 cannot be
     // had that way.
-    // On a software rasteriser the preview starts at kSoftwarePerformanceLevel.
+    // On a software rasteriser the preview starts at kSoftwarePerformanceLevel
+    // and canvases read their frames back.
     static bool bindCore(QObject* application, std::string* reason);
 
     // Whether the core's GL is a rasteriser running on the processor (Mesa's

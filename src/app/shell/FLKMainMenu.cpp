@@ -279,4 +279,4 @@ void FLKMainMenu::zoomToFit() {
     redraw();
 }
 
-void FLKMainMenu::redraw() { window_.sceneView()->update(); }
+void FLKMainMenu::redraw() { window_.sceneView()->redraw(); }

@@ -49,7 +49,7 @@ FLKMainWindow::FLKMainWindow(QWidget* parent) : QMainWindow(parent), sceneView_(
     documents_ = new FLKDocumentController(this, this);
     fileHandler_ = std::make_unique<FLKFileHandler>(*documents_, [this](const std::shared_ptr<FLKObject>& added) {
         if (canvasViewModels_) canvasViewModels_->sceneViewModel()->viewModelDidDragAndDropInteractable(nullptr, added);
-        sceneView_->update();
+        sceneView_->redraw();
     });
     mainMenu_ = new FLKMainMenu(*this, *documents_, *fileHandler_);
     new FLKCanvasDropTarget(sceneView_, *fileHandler_);
@@ -100,7 +100,7 @@ void FLKMainWindow::buildTimelineDock() {
     addDockWidget(Qt::BottomDockWidgetArea, timelineDock_);
     // The canvas follows the play head itself; edits in the panel change the
     // picture without moving it.
-    connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, qOverload<>(&QWidget::update));
+    connect(timelinePanel_, &FLKTimelinePanel::frameChanged, sceneView_, &FLKSceneView::redraw);
     connect(sceneView_, &FLKSceneView::playHeadFrameDue, timelinePanel_, &FLKTimelinePanel::refreshWithFrame);
 }
 

@@ -127,7 +127,7 @@ void FLKBackgroundPage::pickCornerColor(int corner) {
     connect(&dialog, &QColorDialog::currentColorChanged, this, [this, model](const QColor& color) {
         if (!color.isValid()) return;
         model->previewColor(toFLKColor(color));
-        window_.sceneView()->update();
+        window_.sceneView()->redraw();
     });
     if (dialog.exec() == QDialog::Accepted && dialog.selectedColor().isValid()) {
         model->previewColor(toFLKColor(dialog.selectedColor()));
@@ -135,7 +135,7 @@ void FLKBackgroundPage::pickCornerColor(int corner) {
     } else {
         model->cancelPick();
     }
-    window_.sceneView()->update();
+    window_.sceneView()->redraw();
     refresh();
 }
 
@@ -158,6 +158,6 @@ void FLKBackgroundPage::removeImage() {
     }
     picture->removeFromParent();
     window_.documentController()->noteChange();
-    window_.sceneView()->update();
+    window_.sceneView()->redraw();
     refresh();
 }

@@ -137,7 +137,7 @@ bool FLKMasksPage::applyCurrentMask() {
         error = FLKError::make(kErrorDomain, 1, "The mask \"" + mask.stem().string() + "\" was not applied.",
                                "Select a screen on the canvas first.");
     } else if (FLKScreenMaskViewModel(screen, file ? file->media() : nullptr).applyMask(mask, &error)) {
-        window_.sceneView()->update();
+        window_.sceneView()->redraw();
         return true;
     }
     FLKUserFeedback::shared().presentError(error);
@@ -148,7 +148,7 @@ void FLKMasksPage::clearMask() {
     auto screen = targetScreen();
     if (!screen || !screen->videoMaskImageURL()) return;
     FLKScreenMaskViewModel(screen, nullptr).removeMask();
-    window_.sceneView()->update();
+    window_.sceneView()->redraw();
 }
 
 void FLKMasksPage::importWithDialog() {

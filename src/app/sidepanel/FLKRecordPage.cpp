@@ -50,7 +50,7 @@ FLKRecordPage::FLKRecordPage(FLKMainWindow& window, QWidget* parent)
       sheets_(std::make_shared<FLKSaveRecordingSheetPresenter>(this)),
       sceneModifier_(std::make_shared<FLKCurrentSceneModifier>([&window] {
           window.documentController()->noteChange();
-          window.sceneView()->update();
+          window.sceneView()->redraw();
       })) {
     auto* title = new QLabel("Source", this);
     devices_ = new QComboBox(this);
@@ -206,5 +206,5 @@ void FLKRecordPage::showRecordingState() {
 void FLKRecordPage::previewDidChange() {
     // A stopped preview gives the screen back to the timeline's clip.
     if (!model_->isPreviewing()) sceneModifier_->unloadRealtimeSprite();
-    window_.sceneView()->update();
+    window_.sceneView()->redraw();
 }
