@@ -86,7 +86,8 @@ inline bool saveScreenshot(QWidget& window, FLKSceneView& canvas, const QString&
     painter.drawImage(QRect(canvas.mapTo(&window, QPoint()), canvas.size()), canvas.grabFramebuffer());
     for (QWidget* child : canvas.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
         // The GL surface is what the canvas's own grab drew.
-        if (child->isVisible() && !qobject_cast<QOpenGLWidget*>(child)) child->render(&painter, canvas.mapTo(&window, child->pos()));
+        if (!child->isVisible() || qobject_cast<QOpenGLWidget*>(child)) continue;
+        child->render(&painter, canvas.mapTo(&window, child->pos()));
     }
     painter.end();
     return shot.save(artifactPath(name));

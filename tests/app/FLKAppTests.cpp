@@ -9,9 +9,9 @@
 #include <QEventLoop>
 #include <QImage>
 #include <QLabel>
+#include <QOpenGLWidget>
 #include <QPainter>
 #include <QPixmap>
-#include <QOpenGLWidget>
 #include <QTest>
 
 #include <algorithm>

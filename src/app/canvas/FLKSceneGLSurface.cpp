@@ -50,10 +50,6 @@ void FLKSceneGLSurface::initializeGL() {
     });
 }
 
-void FLKSceneGLSurface::resizeGL(int w, int h) {
-    if (view_.context_) view_.context_->setSize({static_cast<double>(w), static_cast<double>(h)});
-}
-
 void FLKSceneGLSurface::paintGL() {
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);

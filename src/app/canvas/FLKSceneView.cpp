@@ -192,9 +192,8 @@ QPointF FLKSceneView::widgetPointForScenePoint(FLKPoint point) const {
 }
 
 void FLKSceneView::resizeEvent(QResizeEvent* event) {
-    // The GL surface sizes the context it hands the renderer.
     if (glSurface_) glSurface_->resize(size());
-    else if (context_) context_->setSize({static_cast<double>(width()), static_cast<double>(height())});
+    if (context_) context_->setSize({static_cast<double>(width()), static_cast<double>(height())});
     focusCamera();
     QWidget::resizeEvent(event);
 }
